@@ -1,0 +1,46 @@
+# Flags that hold for every target of this project. `mv_target(<name>)` applies them; targets that
+# come from elsewhere (a parent project, a test framework) are left alone.
+
+include(CheckCXXCompilerFlag)
+
+set(MV_SANITIZE "" CACHE STRING "Sanitizers, as given to -fsanitize=; empty for none")
+set(MV_HARDENING ON CACHE BOOL "Compile and link with the hardening flags of the platform")
+set(MV_COVERAGE OFF CACHE BOOL "Instrument for gcov")
+
+set(MV_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2)
+
+function(mv_target target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF C_EXTENSIONS OFF C_STANDARD 99
+    CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(${target} PRIVATE ${MV_WARNINGS}
+    $<$<BOOL:${MV_WERROR}>:-Werror>
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+  target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+
+  if(MV_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${MV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${MV_SANITIZE})
+  elseif(MV_HARDENING AND NOT MV_COVERAGE)
+    target_compile_options(${target} PRIVATE
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>
+      -fstack-protector-strong -fstack-clash-protection)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i.86")
+      target_compile_options(${target} PRIVATE -fcf-protection)
+    endif()
+    target_link_options(${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack)
+  endif()
+  if(MV_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -O0)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    target_link_options(${target} PRIVATE -pie)
+  endif()
+endfunction()
