@@ -1,0 +1,49 @@
+// One request and its answer, between the HTTP library and a handler.
+//
+// Lives on its connection's thread from the request header to the end of the answer.
+#pragma once
+
+#include "Refusal.h"
+#include "Server.h"
+
+struct MHD_Connection;
+
+namespace Morvenn::Net::MvServerProxy::Hub {
+
+class Exchange {
+public:
+    Exchange(Server& server, MHD_Connection* connection, const char* method, const char* path);
+    ~Exchange();
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+
+    // The header is there, the body is not. False: close the connection.
+    bool begin();
+
+    // A piece of the body.
+    void take(const char* bytes, std::size_t count);
+
+    // The body has ended: answers. False: close the connection.
+    bool finish();
+
+    // The answer has left, or the connection broke off before (`whole` false).
+    void completed(bool whole);
+
+private:
+    void route();
+    bool refusesEarly() const;
+    bool deliver(Answer answer);
+    static std::ptrdiff_t readBody(void* exchange, std::uint64_t, char* to, std::size_t room);
+
+    Server& m_server;
+    MHD_Connection* const m_connection;
+    const std::chrono::steady_clock::time_point m_begun;
+    Request m_request;
+    HandlerPtr m_handler;
+    std::optional<Refusal> m_refusal;
+    Answer m_answer;
+    std::uint64_t m_received = 0;
+    std::uint64_t m_sent = 0;
+};
+
+}  // namespace Morvenn::Net::MvServerProxy::Hub
