@@ -5,8 +5,8 @@
  * An Environment has a name, a display index and named Services; a Service is a set of text
  * properties. EnvironmentInfo asks for them and answers lookups.
  *
- * Thread rule: nothing here is locked. Reading a missing property or service inserts an empty one, so
- * even readers need a lock of their own when they share an object.
+ * Thread rule: nothing here is locked. Reading a missing property or service inserts an empty one,
+ * so even readers need a lock of their own when they share an object.
  */
 #ifndef MORVENN_NET_MVSERVERPROXY_ADMIN_ENVIRONMENTINFO_H
 #define MORVENN_NET_MVSERVERPROXY_ADMIN_ENVIRONMENTINFO_H
@@ -61,10 +61,9 @@ public:
     void setService(const std::string& name, const Service& service);
 
     /**
-     * The service stored under @p name; valid as long as this object. Copy it to read its properties:
-     * getProperty() is not const.
-     * By design: a missing name is inserted with an empty service, which then stays.
-     * (Environment.ReadingAMissingServiceInsertsAnEmptyOne)
+     * The service stored under @p name; valid as long as this object. Copy it to read its
+     * properties: getProperty() is not const. By design: a missing name is inserted with an empty
+     * service, which then stays. (Environment.ReadingAMissingServiceInsertsAnEmptyOne)
      */
     const Service& getService(std::string name);
 
@@ -77,8 +76,8 @@ public:
 
     /**
      * Sets the display index from decimal text, surrounding white space ignored.
-     * By design: text that does not begin with a number gives 0, what follows the digits is ignored,
-     * and a failure of the conversion itself (memory) is logged and gives 99999.
+     * By design: text that does not begin with a number gives 0, what follows the digits is
+     * ignored, and a failure of the conversion itself (memory) is logged and gives 99999.
      * (Environment.IndexFromText, Environment.FailedConversionIsLoggedAndGives99999)
      */
     void setIndex(const std::string& text);
@@ -92,8 +91,8 @@ private:
 /**
  * Asks the communication service for environments, on the first lookup, and keeps them in one list.
  *
- * By design: all lookups answer from the one list that the first of them loaded, whatever version or
- * URL a later one names. For another selection use another EnvironmentInfo.
+ * By design: all lookups answer from the one list that the first of them loaded, whatever version
+ * or URL a later one names. For another selection use another EnvironmentInfo.
  * (EnvironmentInfo.AllLookupsAnswerFromTheListThatTheFirstLoaded)
  *
  * By design: environments are never freed. Pointers handed out stay valid for the life of the
@@ -102,8 +101,9 @@ private:
  *
  * Every loading member runs one exchange and so may throw: the class of the proxy's status;
  * Client::MSPRuntimeException, type -1, when the answer cannot be decoded; Client::MSPException,
- * "Environment Info could not be retieved correctly", when storing a service fails (what was complete
- * before stays in the list); Client::Utf8ConversionException when the request cannot be encoded.
+ * "Environment Info could not be retieved correctly", when storing a service fails (what was
+ * complete before stays in the list); Client::Utf8ConversionException when the request cannot be
+ * encoded.
  */
 class MVCPP_API EnvironmentInfo {
 public:

@@ -3,13 +3,13 @@
  * Answering the credential challenge of a forward proxy.
  *
  * A forward proxy between the application and the server may ask who is calling. The request then
- * asks the application's CredentialProvider, on the thread that called send() or execute(), once for
- * every challenge; refused credentials lead to the next challenge. The library sets no limit to
+ * asks the application's CredentialProvider, on the thread that called send() or execute(), once
+ * for every challenge; refused credentials lead to the next challenge. The library sets no limit to
  * their number: a provider that has been asked before for the same scope should refuse.
  *
  * Ownership: the AuthScope is lent for the duration of the call. The Credential stays the
- * provider's: it must be valid until getCredential() has returned and, immediately afterwards on the
- * same thread, the library has copied its three texts.
+ * provider's: it must be valid until getCredential() has returned and, immediately afterwards on
+ * the same thread, the library has copied its three texts.
  *
  * The library writes no part of a Credential to the log, and wipes its own copies after use.
  */

@@ -7,12 +7,12 @@
  *
  * | class | raised when |
  * |---|---|
- * | MSPConnectionException | the server, or what leads to it, cannot be reached; the connection broke |
- * | MSPProtocolException | request or answer are not what the protocol allows; an invalid request |
- * | MSPRuntimeException | a failure inside the proxy, or one that the library itself found |
- * | MSPUnrecognisedException | any other status of the proxy |
- * | CredentialsUnavailableException | thrown by an application that has no credentials to give |
- * | Utf8ConversionException | text cannot be converted between the local code page and UTF-8 |
+ * | MSPConnectionException | the server, or what leads to it, cannot be reached; the connection
+ * broke | | MSPProtocolException | request or answer are not what the protocol allows; an invalid
+ * request | | MSPRuntimeException | a failure inside the proxy, or one that the library itself
+ * found | | MSPUnrecognisedException | any other status of the proxy | |
+ * CredentialsUnavailableException | thrown by an application that has no credentials to give | |
+ * Utf8ConversionException | text cannot be converted between the local code page and UTF-8 |
  *
  * By design: an exception made from a status of the proxy has type code 0, whatever the status was;
  * the status is in the log. (ProxyErrors.EveryStatusGivesItsClassWithTypeZero)
@@ -41,7 +41,8 @@ public:
     /** What failed. The reference is valid as long as this object. */
     virtual const std::string& getMessage() const;
 
-    /** The type code: 0, or what the place that raised it gave (-1 for the library's own findings). */
+    /** The type code: 0, or what the place that raised it gave (-1 for the library's own findings).
+     */
     virtual int getType() const;
 
 protected:

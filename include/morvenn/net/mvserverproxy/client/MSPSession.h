@@ -15,8 +15,8 @@ class MvServerRequest;
 
 /**
  * Carries the server's session id. Create one and pass its address to every request of the session;
- * it must outlive them. Each send puts the id into the request's headers and stores the one that the
- * server returns.
+ * it must outlive them. Each send puts the id into the request's headers and stores the one that
+ * the server returns.
  *
  * By design: a response without "ResponseSessionID" empties the id, so that the next request goes
  * out without "SessionID". (Session.ResponseWithoutTheKeyEmptiesTheId)

@@ -27,6 +27,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "morvenn/net/mvserverproxy/Export.h"
 #include "morvenn/net/mvserverproxy/client/Credentials.h"
@@ -38,23 +39,23 @@
 namespace Morvenn::Net::MvServerProxy::Client {
 
 /**
- * One request and its response. Create it for a session, set headers and a body, then call send() to
- * read the response as a stream, or execute() to get it as one string. An object is sent once.
+ * One request and its response. Create it for a session, set headers and a body, then call send()
+ * to read the response as a stream, or execute() to get it as one string. An object is sent once.
  *
  * The body is a text or a stream; a text that is not empty wins. A stream body is read while it is
- * sent, in pieces of at most 4096 bytes, and can meet a forward proxy's credential challenge; a text
- * body goes out in one piece and cannot be challenged.
+ * sent, in pieces of at most 4096 bytes, and can meet a forward proxy's credential challenge; a
+ * text body goes out in one piece and cannot be challenged.
  *
  * By design: texts travel NUL-terminated. Header text and a text body end at their first zero byte;
  * of each piece of a stream body the rest after its first zero byte is lost.
  * (TextBody.TextIsCutAtItsFirstZeroByte, StreamBody.EachChunkIsCutAtItsFirstZeroByte)
  *
- * Ownership: session, body stream and credential provider are borrowed and must outlive the exchange.
- * The stream returned by send() is the caller's, who deletes it; that ends the exchange, as does the
- * destruction of a request that was not sent.
+ * Ownership: session, body stream and credential provider are borrowed and must outlive the
+ * exchange. The stream returned by send() is the caller's, who deletes it; that ends the exchange,
+ * as does the destruction of a request that was not sent.
  *
- * Thread rule: a request, its session and its response are used by one thread at a time. The library
- * starts no thread and takes no lock.
+ * Thread rule: a request, its session and its response are used by one thread at a time. The
+ * library starts no thread and takes no lock.
  */
 class MVCPP_API MvServerRequest {
 public:
@@ -98,8 +99,8 @@ public:
      *         "null".
      * @throws MSPException type 0 when a forward proxy asks for credentials and no provider is set.
      * @throws Utf8ConversionException when the session id in the response cannot be converted.
-     * @throws any class of the family for a status of the proxy (see Exceptions.h), and whatever the
-     *         body stream or the credential provider throws.
+     * @throws any class of the family for a status of the proxy (see Exceptions.h), and whatever
+     * the body stream or the credential provider throws.
      *
      * By design: only the literal "null" marks a request as not for signing; an absent or empty
      * "generatePKCS7Signatures" lets it pass. (Validity.OnlyTheLiteralNullIsRefused)
@@ -166,8 +167,8 @@ public:
 
     /**
      * Stops the proxy.
-     * By design: the library still counts as initialised afterwards. send() will not start the proxy
-     * again; the application calls init(). (Lifecycle.SendAfterTermDoesNotInitialiseAgain)
+     * By design: the library still counts as initialised afterwards. send() will not start the
+     * proxy again; the application calls init(). (Lifecycle.SendAfterTermDoesNotInitialiseAgain)
      * @throws the class of the status when it is negative.
      */
     static void term();
@@ -196,7 +197,7 @@ private:
     static constexpr int kBlockSize = 16384;
 
     int processCredentialRequest();
-    void parseHeader(std::string line);
+    void parseHeader(std::string_view line);
     std::string formatHeaders();
 
     ResponseStream& exchange();
@@ -204,7 +205,7 @@ private:
     void addSessionHeader();
     void sendTextBody();
     void sendStreamBody();
-    int followInstructions(int code);
+    int followInstructions(int first);
     std::istream* openResponse();
 
     static std::atomic<bool> s_initialized;

@@ -5,8 +5,8 @@
  * Conventions:
  *
  * 1. Texts that go in are NUL-terminated, not null, and borrowed for the duration of the call.
- * 2. The text that comes out is allocated with malloc, exactly as long as needed, and belongs to the
- *    caller, who releases it with free. It ends at the first zero byte of the response.
+ * 2. The text that comes out is allocated with malloc, exactly as long as needed, and belongs to
+ * the caller, who releases it with free. It ends at the first zero byte of the response.
  * 3. The proxy is started on first use. It is never stopped here.
  * 4. One call at a time on a thread, and none while another exchange of the thread is open.
  * 5. A forward proxy's credential challenge cannot be answered here: the call fails with
@@ -22,8 +22,8 @@ extern "C" {
 #endif
 
 /**
- * Sends @p requestBody, its terminating zero included, as a stream body and reads the response, which
- * is asked for in compressed form and arrives inflated.
+ * Sends @p requestBody, its terminating zero included, as a stream body and reads the response,
+ * which is asked for in compressed form and arrives inflated.
  *
  * By design: each call retains memory for the life of the process, one string buffer for every byte
  * of the body and its terminating zero: 104 bytes x (length + 1) with libstdc++ on 64-bit Linux. A

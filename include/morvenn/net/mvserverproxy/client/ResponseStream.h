@@ -87,7 +87,8 @@ private:
 /**
  * A stream buffer over a ResponseStream that it owns. It passes the bytes through or inflates them
  * (gzip, RFC 1952). Get area, compressed input and the proxy's blocks are 16384 bytes each; nothing
- * is allocated per block. It only reads: seeking, putting back beyond the get area and writing fail.
+ * is allocated per block. It only reads: seeking, putting back beyond the get area and writing
+ * fail.
  *
  * Instantiated in the library for `char`.
  */
@@ -122,8 +123,8 @@ protected:
      * @return the first byte, or end of file at the end of the response.
      * @throws the class of the proxy's status; MSPRuntimeException type -1 for a failed inflation.
      *
-     * By design: what follows the end of the gzip data is read and dropped, and a gzip response that
-     * is cut short ends without a failure. (GzipStream.BytesAfterTheGzipDataAreReadAndDropped,
+     * By design: what follows the end of the gzip data is read and dropped, and a gzip response
+     * that is cut short ends without a failure. (GzipStream.BytesAfterTheGzipDataAreReadAndDropped,
      * GzipStream.ResponseCutShortEndsWithoutFailure)
      */
     int_type underflow() override;

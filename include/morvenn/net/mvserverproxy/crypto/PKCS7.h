@@ -2,8 +2,9 @@
  * @file
  * PKCS#7 signatures (RFC 2315), made by the server over data that the application sends.
  *
- * The library neither computes nor checks a signature. Request and answer travel as base64 (RFC 4648,
- * section 4, without line breaks) of these records; all integers are 32 bits wide and big-endian:
+ * The library neither computes nor checks a signature. Request and answer travel as base64 (RFC
+ * 4648, section 4, without line breaks) of these records; all integers are 32 bits wide and
+ * big-endian:
  *
  * Request
  * | offset | width | field |
@@ -34,10 +35,10 @@ namespace Morvenn::Net::MvServerProxy::Crypto {
  * Signature requests. Has no state: each sign() is an exchange of its own, in a session of its own,
  * and starts the proxy.
  *
- * Every form throws Client::MSPProtocolException, "Size must be greater than 0", for an item without
- * bytes, before anything is sent; what Client::MvServerRequest::execute() throws; std::out_of_range
- * for an answer whose entries lie outside its data; std::bad_alloc for a negative or too large entry
- * count.
+ * Every form throws Client::MSPProtocolException, "Size must be greater than 0", for an item
+ * without bytes, before anything is sent; what Client::MvServerRequest::execute() throws;
+ * std::out_of_range for an answer whose entries lie outside its data; std::bad_alloc for a negative
+ * or too large entry count.
  *
  * By design: an entry that is cut short by the end of the answer is returned cut.
  * (Pkcs7Answer.EntryBeyondTheDataIsCut)
@@ -82,12 +83,15 @@ public:
      */
     std::string sign(std::string& item);
 
-    /** The same for @p size bytes at @p data; a null pointer raises the MSPRuntimeException, too. */
+    /** The same for @p size bytes at @p data; a null pointer raises the MSPRuntimeException, too.
+     */
     std::string sign(const char* data, unsigned int size);
 
 private:
     static std::string prepareRequest(const char** data, unsigned int count, int* sizes);
-    static std::string* parseResponse(std::string& response);
+    static std::string* parseResponse(std::string& response, int& count);
+    static std::string* exchange(const char** data, unsigned int count, int* sizes, int& entries);
+    static std::string signOne(const char* data, int size);
     static bool isLittleEndian();
     static void reverse(char* bytes, unsigned int length);
     static bool readBoolean(void* at);

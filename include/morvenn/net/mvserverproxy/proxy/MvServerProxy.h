@@ -1,10 +1,10 @@
 /*
  * The eight functions of a server-proxy library, as C declarations.
  *
- * The client classes reach the server only through these. They are ordinary undefined symbols of the
- * client library, resolved by whatever the process loads: the default proxy library that comes with
- * this project, another library of the same name, one given by LD_PRELOAD, or definitions in the
- * program itself. Applications that use the classes never call them.
+ * The client classes reach the server only through these. They are ordinary undefined symbols of
+ * the client library, resolved by whatever the process loads: the default proxy library that comes
+ * with this project, another library of the same name, one given by LD_PRELOAD, or definitions in
+ * the program itself. Applications that use the classes never call them.
  *
  * Conventions, valid for every function:
  *
@@ -30,14 +30,15 @@ extern "C" {
 /** Size in bytes of every buffer given to MvServerProxy_Receive. */
 #define MV_PROXY_BLOCK_SIZE 16384
 
-/** Status codes that the client classes tell apart. Every other negative value is also a failure. */
+/** Status codes that the client classes tell apart. Every other negative value is also a failure.
+ */
 enum {
-    MV_STATUS_CANNOT_CONNECT = -1001,     /**< the server, or what leads to it, cannot be reached */
-    MV_STATUS_PROTOCOL = -1002,           /**< a text or a call that the protocol does not allow */
-    MV_STATUS_RUNTIME = -1003,            /**< a failure inside the proxy */
-    MV_STATUS_CONNECTION_LOST = -5005,    /**< the connection broke during the exchange */
-    MV_STATUS_NULL_TEXT = -5006,          /**< raised by the client classes, never by a proxy */
-    MV_STATUS_END_OF_RESPONSE = -1        /**< MvServerProxy_Receive only: the response is complete */
+    MV_STATUS_CANNOT_CONNECT = -1001,  /**< the server, or what leads to it, cannot be reached */
+    MV_STATUS_PROTOCOL = -1002,        /**< a text or a call that the protocol does not allow */
+    MV_STATUS_RUNTIME = -1003,         /**< a failure inside the proxy */
+    MV_STATUS_CONNECTION_LOST = -5005, /**< the connection broke during the exchange */
+    MV_STATUS_NULL_TEXT = -5006,       /**< raised by the client classes, never by a proxy */
+    MV_STATUS_END_OF_RESPONSE = -1     /**< MvServerProxy_Receive only: the response is complete */
 };
 
 /** What MvServerProxy_Receive answers while a request is still being sent. */
@@ -74,8 +75,8 @@ MVCPP_API int MvServerProxy_SendEOF(void);
 /**
  * Receives into @p buffer, which always has room for MV_PROXY_BLOCK_SIZE bytes.
  * @return before the response an instruction, or 0 to go on to the response; while the response is
- *         read the number of bytes placed in @p buffer (1 to 16384), 0 when none are ready yet, -1 at
- *         the end of the response; below -1 a failure.
+ *         read the number of bytes placed in @p buffer (1 to 16384), 0 when none are ready yet, -1
+ * at the end of the response; below -1 a failure.
  */
 MVCPP_API int MvServerProxy_Receive(char* buffer);
 

@@ -14,8 +14,8 @@
  * By design: two slashes stand between directory and file. (Logger.PathHoldsTwoSlashes)
  *
  * The level comes from "MV_CPPBINDING_LOG_LEVEL": exactly OFF, ERROR, WARN, INFO or DEBUG; anything
- * else leaves it at WARN. It is read once, by the first message that passes the built-in WARN, or by
- * getInstance().
+ * else leaves it at WARN. It is read once, by the first message that passes the built-in WARN, or
+ * by getInstance().
  *
  * By design: with DEBUG or INFO set, debug and info messages are dropped until the first warning or
  * error; with OFF set, the first warning or error is still written. An application that wants its
@@ -57,7 +57,13 @@ namespace Morvenn::Net::MvServerProxy::Util {
 class MVCPP_API MvServerCppBindingLogger {
 public:
     /** Also the filter: a message is written when the current level is its own or higher. */
-    enum LoggingLevel { LevelOff = 0, LevelError = 1, LevelWarn = 2, LevelInfo = 3, LevelDebug = 4 };
+    enum LoggingLevel {
+        LevelOff = 0,
+        LevelError = 1,
+        LevelWarn = 2,
+        LevelInfo = 3,
+        LevelDebug = 4
+    };
 
     /** The one instance; the first call creates it and reads the level. */
     static MvServerCppBindingLogger* getInstance();

@@ -1,0 +1,18 @@
+#include "morvenn/net/mvserverproxy/client/MSPSession.h"
+
+namespace Morvenn::Net::MvServerProxy::Client {
+
+MSPSession::MSPSession() = default;
+MSPSession::MSPSession(const MSPSession&) = default;
+MSPSession& MSPSession::operator=(const MSPSession&) = default;
+MSPSession::~MSPSession() = default;
+
+void MSPSession::setSessionId(const std::string& id) {
+    m_sessionId = id;
+}
+
+std::string MSPSession::getSessionId() const {
+    return m_sessionId;
+}
+
+}  // namespace Morvenn::Net::MvServerProxy::Client
