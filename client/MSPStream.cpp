@@ -11,6 +11,7 @@ namespace Morvenn::Net::MvServerProxy::Client {
 
 namespace {
 
+constexpr int kBlockSize = ResponseStream::kBlockSize;
 constexpr int kGzipOnly = 15 + 16;  // largest window; a gzip wrapper and no other
 // The version that zlib compares with its own; only the first digit matters to it.
 constexpr char kZlibVersion[] = "1.2.11";

@@ -4,8 +4,10 @@
 
 #if defined(__GNUC__)
 #define MVCPP_API __attribute__((visibility("default")))
+#define MVCPP_LOCAL __attribute__((visibility("hidden"))) /* a private member of a public class */
 #else
 #define MVCPP_API
+#define MVCPP_LOCAL
 #endif
 
 #endif /* MORVENN_NET_MVSERVERPROXY_EXPORT_H */

@@ -138,8 +138,8 @@ public:
     void loadAllEnvironments();
 
 private:
-    void loadEnvironment(const std::string& selector);
-    void processEnvironment(const std::string& text);
+    MVCPP_LOCAL void loadEnvironment(const std::string& selector);
+    MVCPP_LOCAL void processEnvironment(const std::string& text);
 
     std::vector<const Environment*> m_environments;
 };

@@ -38,8 +38,8 @@ public:
 private:
     friend class MvServerRequest;
 
-    void setSessionId(const std::string& id);
-    std::string getSessionId() const;
+    MVCPP_LOCAL void setSessionId(const std::string& id);
+    MVCPP_LOCAL std::string getSessionId() const;
 
     std::string m_sessionId;
 };

@@ -194,25 +194,23 @@ public:
 private:
     using HeaderMap = std::map<std::string, std::string>;
 
-    static constexpr int kBlockSize = 16384;
+    MVCPP_LOCAL int processCredentialRequest();
+    MVCPP_LOCAL void parseHeader(std::string_view line);
+    MVCPP_LOCAL std::string formatHeaders();
 
-    int processCredentialRequest();
-    void parseHeader(std::string_view line);
-    std::string formatHeaders();
+    MVCPP_LOCAL ResponseStream& exchange();
+    MVCPP_LOCAL void checkValidity() const;
+    MVCPP_LOCAL void addSessionHeader();
+    MVCPP_LOCAL void sendTextBody();
+    MVCPP_LOCAL void sendStreamBody();
+    MVCPP_LOCAL int followInstructions(int first);
+    MVCPP_LOCAL std::istream* openResponse();
 
-    ResponseStream& exchange();
-    void checkValidity() const;
-    void addSessionHeader();
-    void sendTextBody();
-    void sendStreamBody();
-    int followInstructions(int first);
-    std::istream* openResponse();
-
-    static std::atomic<bool> s_initialized;
+    MVCPP_LOCAL static std::atomic<bool> s_initialized;
 
     const CredentialProvider* m_credentialProvider;
     MSPSession* m_session;
-    char m_instructionBuffer[kBlockSize];
+    char m_instructionBuffer[ResponseStream::kBlockSize];
     std::unique_ptr<ResponseStream> m_responseStream;
     std::istream* m_requestStream;
     HeaderMap m_headers;

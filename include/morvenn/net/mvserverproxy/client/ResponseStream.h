@@ -39,6 +39,9 @@ class HeaderReader;
  */
 class MVCPP_API ResponseStream {
 public:
+    /** Size in bytes of the block, and of every buffer that the proxy writes to. */
+    static constexpr int kBlockSize = 16384;
+
     /** Starts with an empty block. */
     ResponseStream();
     /** Copies the block and the place in it; both copies then read from the same exchange. */
@@ -73,11 +76,9 @@ public:
 private:
     friend class Internal::HeaderReader;
 
-    static constexpr int kBlockSize = 16384;
-
     bool isUsedUp() const { return m_pos >= m_count; }
-    void fill();
-    [[noreturn]] void throwUnexpectedState();
+    MVCPP_LOCAL void fill();
+    [[noreturn]] MVCPP_LOCAL void throwUnexpectedState();
 
     int m_count;
     int m_pos;
@@ -133,18 +134,16 @@ protected:
     int sync() override;
 
 private:
-    static constexpr int kBlockSize = 16384;
-
-    int receive(CharT* buffer);
-    int_type inflateMore();
-    int_type present(int count);
+    MVCPP_LOCAL int receive(CharT* buffer);
+    MVCPP_LOCAL int_type inflateMore();
+    MVCPP_LOCAL int_type present(int count);
 
     ResponseStream* m_responseStream;
     bool m_compressed;
     int m_inflateStatus;
     CharT* m_inBuffer;
     z_stream_s* m_zstream;
-    CharT m_getBuffer[kBlockSize];
+    CharT m_getBuffer[ResponseStream::kBlockSize];
 };
 
 extern template class MSPBufferBase<char>;

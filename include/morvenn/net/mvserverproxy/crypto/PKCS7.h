@@ -88,15 +88,17 @@ public:
     std::string sign(const char* data, unsigned int size);
 
 private:
-    static std::string prepareRequest(const char** data, unsigned int count, int* sizes);
-    static std::string* parseResponse(std::string& response, int& count);
-    static std::string* exchange(const char** data, unsigned int count, int* sizes, int& entries);
-    static std::string signOne(const char* data, int size);
-    static bool isLittleEndian();
-    static void reverse(char* bytes, unsigned int length);
-    static bool readBoolean(void* at);
-    static int readInt32(void* at);
-    static void writeInt32(void* at, unsigned int value);
+    MVCPP_LOCAL static std::string prepareRequest(const char** data, unsigned int count,
+                                                  int* sizes);
+    MVCPP_LOCAL static std::string* parseResponse(std::string& response, int& count);
+    MVCPP_LOCAL static std::string* exchange(const char** data, unsigned int count, int* sizes,
+                                             int& entries);
+    MVCPP_LOCAL static std::string signOne(const char* data, int size);
+    MVCPP_LOCAL static bool isLittleEndian();
+    MVCPP_LOCAL static void reverse(char* bytes, unsigned int length);
+    MVCPP_LOCAL static bool readBoolean(void* at);
+    MVCPP_LOCAL static int readInt32(void* at);
+    MVCPP_LOCAL static void writeInt32(void* at, unsigned int value);
 };
 
 }  // namespace Morvenn::Net::MvServerProxy::Crypto

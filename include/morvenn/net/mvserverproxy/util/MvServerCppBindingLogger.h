@@ -101,12 +101,12 @@ private:
     static bool admits(LoggingLevel level) {
         return s_level.load(std::memory_order_relaxed) >= level;
     }
-    static void write(LoggingLevel level, const std::string& text);
-    static void readLevel();
-    bool open();
+    MVCPP_LOCAL static void write(LoggingLevel level, const std::string& text);
+    MVCPP_LOCAL static void readLevel();
+    MVCPP_LOCAL bool open();
 
     static std::atomic<LoggingLevel> s_level;
-    static std::atomic<MvServerCppBindingLogger*> s_singlton;
+    MVCPP_LOCAL static std::atomic<MvServerCppBindingLogger*> s_singlton;
 
     std::FILE* m_file;
     std::string m_processId;
