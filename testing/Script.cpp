@@ -90,8 +90,8 @@ Step end() {
     return gives(Function::Receive, MV_STATUS_END_OF_RESPONSE);
 }
 
-Step failure(int status) {
-    return gives(Function::Receive, status);
+Step status(int code) {
+    return gives(Function::Receive, code);
 }
 
 Step endless(std::function<std::string()> makeBlock) {

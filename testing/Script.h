@@ -72,7 +72,7 @@ Step instruction(int code);           ///< 16, 17, 18, or any other result witho
 Step block(std::string bytes);        ///< one block; at most 16384 bytes
 Step nothing(std::size_t times = 1);  ///< 0: nothing ready yet
 Step end();                           ///< -1: the response is complete
-Step failure(int status);             ///< a negative status
+Step status(int code);                ///< a negative status
 Step endless(std::function<std::string()> makeBlock);  ///< a new block at every call, for ever
 Script inBlocksOf(std::size_t size, const std::string& bytes);  ///< cut into blocks of that size
 Script inSingleBytes(const std::string& bytes);                 ///< one block per byte

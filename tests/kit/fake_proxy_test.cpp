@@ -46,7 +46,7 @@ std::string unscripted(const std::function<void()>& calls) {
 using FakeProxyAnswers = ProxyTest;
 
 TEST_F(FakeProxyAnswers, ReceiveFromTheScriptInItsOrder) {
-    proxy.answers({instruction(17), block("host:gw\n"), end(), failure(-1001)});
+    proxy.answers({instruction(17), block("host:gw\n"), end(), status(-1001)});
     EXPECT_EQ(received(), (Received{17, ""}));
     EXPECT_EQ(received(), (Received{8, "host:gw\n"}));
     EXPECT_EQ(received(), (Received{-1, ""}));

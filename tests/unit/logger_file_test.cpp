@@ -1,0 +1,211 @@
+// Where the log lies, how it is opened, and what happens when it cannot be.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h"
+#include "testing/GTest.h"
+#include "testing/LogFile.h"
+
+using namespace Morvenn::Net::MvServerProxy::TestKit;
+using Log = Morvenn::Net::MvServerProxy::Util::MvServerCppBindingLogger;
+
+namespace {
+
+std::string pid() {
+    return std::to_string(getpid());
+}
+
+// What logging one error puts on standard output.
+std::string outputOfAnError() {
+    ::testing::internal::CaptureStdout();
+    Log::error("x");
+    return ::testing::internal::GetCapturedStdout();
+}
+
+std::string openFailure(const std::string& path) {
+    return "Could not open the log file:-" + path + " Logging hence will be disabled";
+}
+
+class LoggerFile : public ::testing::Test {
+protected:
+    PrivateTemp temp;
+
+    void SetUp() override { unsetenv("MV_CPPBINDING_LOG_LEVEL"); }
+};
+
+}  // namespace
+
+// By design: two slashes stand between directory and file.
+TEST_F(LoggerFile, PathHoldsTwoSlashes) {
+    setenv("TEMP", "/no/such/directory", 1);
+    EXPECT_EQ(outputOfAnError(),
+              openFailure("/no/such/directory//CppBinding_" + pid() + "_Morvenn.log"));
+}
+
+TEST_F(LoggerFile, LiesInTempBeforeTmp) {
+    setenv("TMP", "/no/such/directory", 1);
+    Log::error("x");
+    EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
+}
+
+TEST_F(LoggerFile, LiesInTmpWhenTempIsNotSet) {
+    unsetenv("TEMP");
+    setenv("TMP", temp.path().c_str(), 1);
+    Log::error("x");
+    EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
+}
+
+TEST_F(LoggerFile, LiesInTheCurrentDirectoryWithoutBoth) {
+    unsetenv("TEMP");
+    std::filesystem::current_path(temp.path());
+    Log::error("x");
+    std::filesystem::current_path("/");
+    EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
+}
+
+TEST_F(LoggerFile, PathWithoutBothBeginsWithADot) {
+    unsetenv("TEMP");
+    setenv("MVHUB_CONFIG", "no/such", 1);
+    EXPECT_EQ(outputOfAnError(), openFailure(".//CppBinding_" + pid() + "_no/such.log"));
+}
+
+TEST_F(LoggerFile, TempSetToAnEmptyValueCountsAsSet) {
+    setenv("TEMP", "", 1);
+    setenv("TMP", temp.path().c_str(), 1);
+    setenv("MVHUB_CONFIG", "no/such", 1);
+    EXPECT_EQ(outputOfAnError(), openFailure("//CppBinding_" + pid() + "_no/such.log"));
+}
+
+TEST_F(LoggerFile, ConfigurationNamesTheFile) {
+    const std::string values[] = {"Prod", "", "..", "%s%n", "a\r\nb", "\xff\xfe", " "};
+    for (const std::string& value : values) {
+        SCOPED_TRACE(value);
+        expectInFreshProcess([&] {
+            setenv("MVHUB_CONFIG", value.c_str(), 1);
+            Log::error("x");
+            EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_" + value + ".log"),
+                      " [ERROR] : x\n");
+        });
+    }
+}
+
+TEST_F(LoggerFile, PlaceIsChosenWhenTheFirstLineIsWritten) {
+    Log::getInstance();
+    setenv("MVHUB_CONFIG", "Later", 1);
+    Log::error("x");
+    const std::string path = logPath();
+    EXPECT_EQ(path, temp.path() + "//CppBinding_" + pid() + "_Later.log");
+    setenv("MVHUB_CONFIG", "TooLate", 1);
+    Log::error("y");
+    EXPECT_EQ(fileText(path), " [ERROR] : x\n [ERROR] : y\n");
+    EXPECT_FALSE(fileExists(logPath()));
+}
+
+TEST_F(LoggerFile, EarlierFileOfTheSameNameIsTruncated) {
+    std::ofstream(logPath()) << "from another process\n";
+    Log::error("x");
+    EXPECT_EQ(fileText(logPath()), " [ERROR] : x\n");
+}
+
+TEST_F(LoggerFile, IsReadableForItsOwnerOnlyAndClosedOnExec) {
+    umask(0);
+    Log::error("x");
+    struct stat file {};
+    ASSERT_EQ(stat(logPath().c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 07777U, 0600U);
+
+    int descriptors = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        if (std::filesystem::read_symlink(entry, gone).filename() ==
+            "CppBinding_" + pid() + "_Morvenn.log") {
+            ++descriptors;
+            EXPECT_TRUE(fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC);
+        }
+    }
+    EXPECT_EQ(descriptors, 1);
+}
+
+// --- files that are refused, like any that cannot be opened
+// ----------------------------------------
+
+TEST_F(LoggerFile, SymbolicLinkIsRefusedAndItsTargetUntouched) {
+    const std::string target = temp.path() + "/target";
+    std::ofstream(target) << "precious";
+    ASSERT_EQ(symlink(target.c_str(), logPath().c_str()), 0);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+    EXPECT_EQ(fileText(target), "precious");
+}
+
+TEST_F(LoggerFile, HardLinkIsRefusedAndItsTargetUntouched) {
+    const std::string target = temp.path() + "/target";
+    std::ofstream(target) << "precious";
+    ASSERT_EQ(link(target.c_str(), logPath().c_str()), 0);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+    EXPECT_EQ(fileText(target), "precious");
+}
+
+TEST_F(LoggerFile, PipeIsRefusedWithoutWaitingForAReader) {
+    ASSERT_EQ(mkfifo(logPath().c_str(), 0600), 0);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+}
+
+TEST_F(LoggerFile, DirectoryIsRefused) {
+    ASSERT_EQ(mkdir(logPath().c_str(), 0700), 0);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+}
+
+TEST_F(LoggerFile, NameThatIsTooLongIsRefused) {
+    setenv("MVHUB_CONFIG", std::string(5000, 'n').c_str(), 1);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+}
+
+// --- after a refusal
+// ------------------------------------------------------------------------------
+
+TEST_F(LoggerFile, FailureToOpenSwitchesLoggingOff) {
+    setenv("TEMP", "/no/such/directory", 1);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+    EXPECT_FALSE(Log::isError());
+    EXPECT_EQ(outputOfAnError(), "") << "the failure is told once";
+}
+
+TEST_F(LoggerFile, DirectLogTriesAgainAfterAFailureToOpen) {
+    const std::string place = temp.path() + "/later";
+    setenv("TEMP", place.c_str(), 1);
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+    ASSERT_EQ(mkdir(place.c_str(), 0700), 0);
+    Log::getInstance()->log(Log::LevelWarn, "y");
+    EXPECT_EQ(logLines(), (Lines{" [WARN ] : y"}));
+    EXPECT_FALSE(Log::isError()) << "the level stays off";
+}
+
+TEST_F(LoggerFile, FailureToOpenWithStandardOutputClosedIsSilent) {
+    setenv("TEMP", "/no/such/directory", 1);
+    const Outcome outcome = statusFromFreshProcess([] {
+        close(STDOUT_FILENO);
+        Log::error("x");
+        return Log::isError() ? 1 : 0;
+    });
+    EXPECT_TRUE(outcome.good()) << outcome;
+}
+
+TEST_F(LoggerFile, FailedWriteIsIgnored) {
+    const Outcome outcome = statusFromFreshProcess([] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit none{0, 0};
+        setrlimit(RLIMIT_FSIZE, &none);
+        Log::error("x");
+        Log::error("y");
+        return Log::isError() && fileText(logPath()).empty() ? 0 : 1;
+    });
+    EXPECT_TRUE(outcome.good()) << outcome;
+}
