@@ -112,6 +112,15 @@ TEST_F(Lifecycle, SendWhoseInitFailsSendsNothingAndStaysUnused) {
               (Calls{init(), send("\r\nbody"), sendEof(), receive(2), complete()}));
 }
 
+TEST_F(Lifecycle, OnlySendInitialisesByItself) {
+    MSPSession session;
+    MvServerRequest request(&session);
+    request.submitRequestHeader();
+    request.sendCompleteRequest("x");
+    request.shutdownServer();
+    EXPECT_EQ(proxy.calls().count(Function::Init), 0U);
+}
+
 TEST_F(Lifecycle, TermStopsTheProxy) {
     MvServerRequest::term();
     EXPECT_EQ(proxy.calls(), (Calls{term()}));
