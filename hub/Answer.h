@@ -12,6 +12,8 @@ struct Answer {
     unsigned status = 200;
     std::vector<Header> headers;
     SourcePtr body;
+    bool inOnePiece = true;  // a small body may be read at once; faults show only bit by bit
+    std::optional<std::uint64_t> declaredSize;  // a false Content-Length
     std::function<void()> afterwards;  // called once the answer has left, or cannot leave any more
 };
 

@@ -1,12 +1,14 @@
 #include "Exchange.h"
 
+#include "FaultyAnswer.h"
 #include "Log.h"
 #include "RequestGuard.h"
+#include "RequestReader.h"
 
 #include <microhttpd.h>
+#include <sys/socket.h>
 
 #include <array>
-#include <charconv>
 
 namespace Morvenn::Net::MvServerProxy::Hub {
 namespace {
@@ -20,43 +22,13 @@ constexpr std::uint64_t kSmallAnswer = 16 * 1024;
 // connection closes would lose the answer.
 constexpr std::uint64_t kDroppedBody = 1024 * 1024;
 
-MHD_Result addHeader(void* headers, MHD_ValueKind, const char* name, const char* value) {
-    static_cast<std::vector<Header>*>(headers)->emplace_back(name, value != nullptr ? value : "");
-    return MHD_YES;
-}
-
-MHD_Result addArgument(void* query, MHD_ValueKind, const char* name, const char* value) {
-    (*static_cast<std::map<std::string, std::string>*>(query))[name] =
-        value != nullptr ? value : "";
-    return MHD_YES;
-}
-
-Request readRequest(MHD_Connection* connection, const char* method, const char* path) {
-    Request request;
-    request.method = method;
-    request.path = path;
-    MHD_get_connection_values(connection, MHD_HEADER_KIND, &addHeader, &request.headers);
-    MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, &addArgument, &request.query);
-    return request;
-}
-
-// The announced size of the body, 0 when none is announced.
-std::uint64_t announcedBody(const Request& request) {
-    const std::string text = request.headerText("Content-Length");
-    std::uint64_t size = 0;
-    std::from_chars(text.data(), text.data() + text.size(), size);
-    return size;
-}
-
 MHD_Response* smallResponse(Source& body, std::uint64_t& sent) {
     std::array<char, kSmallAnswer> block;
     std::size_t size = 0;
-    while (size < block.size()) {
-        const auto count = body.read(block.data() + size, block.size() - size);
-        if (count <= 0) {
-            break;
-        }
-        size += static_cast<std::size_t>(count);
+    std::ptrdiff_t count = 1;
+    while (count > 0 && size < block.size()) {
+        count = body.read(block.data() + size, block.size() - size);
+        size += static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0));
     }
     sent = size;
     return MHD_create_response_from_buffer(size, block.data(), MHD_RESPMEM_MUST_COPY);
@@ -76,23 +48,41 @@ Exchange::~Exchange() {
     m_server.exchangeEnds();
 }
 
-bool Exchange::begin() {
+template <typename Step>
+bool Exchange::attempt(Step step) {
     try {
-        route();
+        step();
+        return true;
     } catch (const Refusal& refusal) {
         m_refusal = refusal;
+    } catch (const std::exception& error) {
+        m_refusal = Refusal(500, error.what());
     }
-    return m_refusal && refusesEarly() ? finish() : true;
+    return false;
+}
+
+bool Exchange::begin() {
+    attempt([this] { route(); });
+    return answersBeforeBody() ? finish() : true;
 }
 
 void Exchange::route() {
-    checkRequest(m_request, m_server.settings().limits, m_server.settings().loopbackNamesOnly);
-    checkBodySize(announcedBody(m_request), m_server.settings().limits);
+    const ServerSettings& settings = m_server.settings();
+    checkRequest(m_request, settings.limits, settings.loopbackNamesOnly);
+    m_faults = requestedFaults(m_request, settings.faults);
+    if (m_faults && m_faults->earlyStatus) {
+        throw Refusal(*m_faults->earlyStatus, "refused early, as the request asked for");
+    }
+    checkBodySize(announcedBody(m_request), settings.limits);
     m_handler = m_server.route()(m_request);
 }
 
-bool Exchange::refusesEarly() const {
-    return m_request.header("Expect") != nullptr || announcedBody(m_request) > kDroppedBody;
+bool Exchange::answersBeforeBody() const {
+    if (!m_refusal) {
+        return false;
+    }
+    return (m_faults && m_faults->earlyStatus) || m_request.header("Expect") != nullptr ||
+           announcedBody(m_request) > kDroppedBody;
 }
 
 void Exchange::take(const char* bytes, std::size_t count) {
@@ -100,42 +90,75 @@ void Exchange::take(const char* bytes, std::size_t count) {
     if (m_refusal) {
         return;
     }
-    try {
+    attempt([&] {
         checkBodySize(m_received, m_server.settings().limits);
         m_handler->take(bytes, count);
-    } catch (const Refusal& refusal) {
-        m_refusal = refusal;
-    }
+    });
 }
 
 bool Exchange::finish() {
-    if (!m_refusal) {
-        try {
-            return deliver(m_handler->finish());
-        } catch (const Refusal& refusal) {
-            m_refusal = refusal;
-        }
+    if (m_faults && m_faults->delayMs) {
+        // The time that the client waits on purpose is no idle time.
+        MHD_set_connection_option(m_connection, MHD_CONNECTION_OPTION_TIMEOUT, 0);
+        m_server.stopSignal().pause(std::chrono::milliseconds(*m_faults->delayMs));
     }
-    logLine(m_request.method + " " + m_request.path + " refused: " + m_refusal->what());
-    return deliver(textAnswer(m_refusal->status(), std::string(m_refusal->what()) + "\n"));
+    if (m_faults && m_faults->reset) {
+        resetConnection();
+        return false;
+    }
+    if (m_faults && m_faults->close) {
+        return false;
+    }
+    m_answer = makeAnswer();
+    return deliver();
 }
 
-bool Exchange::deliver(Answer answer) {
-    m_answer = std::move(answer);
-    const auto size = m_answer.body->size();
-    MHD_Response* response = size && *size <= kSmallAnswer ? smallResponse(*m_answer.body, m_sent)
-                                                           : MHD_create_response_from_callback(
-                                                                 size.value_or(MHD_SIZE_UNKNOWN),
-                                                                 kBlock, &readBody, this, nullptr);
+Answer Exchange::makeAnswer() {
+    Answer answer;
+    const auto make = [&] {
+        answer = m_handler->finish();
+        if (m_faults) {
+            applyFaults(answer, *m_faults, m_server.stopSignal(), [this] { resetConnection(); });
+        }
+    };
+    if (!m_refusal && attempt(make)) {
+        return answer;
+    }
+    logLine(m_request.method + " " + m_request.path + " refused: " + m_refusal->what());
+    return textAnswer(m_refusal->status(), std::string(m_refusal->what()) + "\n");
+}
+
+bool Exchange::deliver() {
+    MHD_Response* response = makeResponse();
     if (response == nullptr) {
         return false;
     }
     for (const auto& [name, value] : m_answer.headers) {
         MHD_add_response_header(response, name.c_str(), value.c_str());
     }
+    if (m_answer.declaredSize) {
+        // A body that ends with the connection is the only one that gets no length from the
+        // library.
+        MHD_set_response_options(
+            response,
+            static_cast<MHD_ResponseFlags>(MHD_RF_INSANITY_HEADER_CONTENT_LENGTH |
+                                           MHD_RF_HTTP_1_0_COMPATIBLE_STRICT),
+            MHD_RO_END);
+        MHD_add_response_header(response, "Content-Length",
+                                std::to_string(*m_answer.declaredSize).c_str());
+    }
     const MHD_Result queued = MHD_queue_response(m_connection, m_answer.status, response);
     MHD_destroy_response(response);
     return queued == MHD_YES;
+}
+
+MHD_Response* Exchange::makeResponse() {
+    const auto size = m_answer.declaredSize ? std::nullopt : m_answer.body->size();
+    if (m_answer.inOnePiece && size && *size <= kSmallAnswer) {
+        return smallResponse(*m_answer.body, m_sent);
+    }
+    return MHD_create_response_from_callback(size.value_or(MHD_SIZE_UNKNOWN), kBlock, &readBody,
+                                             this, nullptr);
 }
 
 std::ptrdiff_t Exchange::readBody(void* exchange, std::uint64_t, char* to, std::size_t room) {
@@ -149,6 +172,15 @@ std::ptrdiff_t Exchange::readBody(void* exchange, std::uint64_t, char* to, std::
     }
     self->m_sent += static_cast<std::uint64_t>(count);
     return count;
+}
+
+// Dissolving the association of a connected socket sends a reset at once; closing it could end the
+// connection in good order first.
+void Exchange::resetConnection() const {
+    const auto* info = MHD_get_connection_info(m_connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+    sockaddr nobody = {};
+    nobody.sa_family = AF_UNSPEC;
+    ::connect(info->connect_fd, &nobody, sizeof(nobody));
 }
 
 void Exchange::completed(bool whole) {

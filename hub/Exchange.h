@@ -3,10 +3,12 @@
 // Lives on its connection's thread from the request header to the end of the answer.
 #pragma once
 
+#include "Faults.h"
 #include "Refusal.h"
 #include "Server.h"
 
 struct MHD_Connection;
+struct MHD_Response;
 
 namespace Morvenn::Net::MvServerProxy::Hub {
 
@@ -31,14 +33,23 @@ public:
 
 private:
     void route();
-    bool refusesEarly() const;
-    bool deliver(Answer answer);
+    bool answersBeforeBody() const;
+    Answer makeAnswer();
+    bool deliver();
+    MHD_Response* makeResponse();
+    void resetConnection() const;
+
+    // Runs `step`; what it throws becomes the refusal. False when it threw.
+    template <typename Step>
+    bool attempt(Step step);
+
     static std::ptrdiff_t readBody(void* exchange, std::uint64_t, char* to, std::size_t room);
 
     Server& m_server;
     MHD_Connection* const m_connection;
     const std::chrono::steady_clock::time_point m_begun;
     Request m_request;
+    std::optional<FaultPlan> m_faults;
     HandlerPtr m_handler;
     std::optional<Refusal> m_refusal;
     Answer m_answer;

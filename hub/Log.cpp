@@ -1,5 +1,7 @@
 #include "Log.h"
 
+#include "Hex.h"
+
 #include <unistd.h>
 
 #include <atomic>
@@ -28,7 +30,6 @@ void setQuiet(bool quiet) {
 }
 
 std::string printable(const std::string& text) {
-    constexpr char digits[] = "0123456789abcdef";
     std::string shown;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -36,9 +37,7 @@ std::string printable(const std::string& text) {
             shown += c;
             continue;
         }
-        shown += "\\x";
-        shown += digits[byte >> 4];
-        shown += digits[byte & 15];
+        shown += "\\x" + hex(&byte, 1);
     }
     return shown;
 }

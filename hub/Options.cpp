@@ -52,6 +52,9 @@ void declareOptions(CLI::App& app, Options& options) {
 
 // What no single option can tell by itself; empty when all is well.
 std::string contradiction(const Options& options) {
+    if (options.printCa && !options.keyFile.empty()) {
+        return "--print-ca is about the generated certificate; leave --key and --cert away";
+    }
     if (!isLoopbackAddress(options.address) && !options.tls) {
         return "--listen " + options.address +
                " is reachable from other machines and requires --tls";

@@ -1,5 +1,7 @@
 #include "SessionStore.h"
 
+#include "Hex.h"
+
 #include <openssl/rand.h>
 
 #include <array>
@@ -13,13 +15,7 @@ std::string newId() {
     if (RAND_bytes(random.data(), static_cast<int>(random.size())) != 1) {
         throw std::runtime_error("the random generator gives no session id");
     }
-    constexpr char digits[] = "0123456789abcdef";
-    std::string id;
-    for (const unsigned char byte : random) {
-        id += digits[byte >> 4];
-        id += digits[byte & 15];
-    }
-    return id;
+    return hex(random.data(), random.size());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // mvhub: starts the hub and turns signals into what they ask for.
 
+#include "KeyStore.h"
 #include "ListenSocket.h"
 #include "Log.h"
 #include "Options.h"
@@ -29,32 +30,88 @@ sigset_t takeOverSignals() {
     return signals;
 }
 
-ServerSettings serverSettings(const Options& options) {
+ServerSettings serverSettings(const Options& options, KeyStore& keys) {
     ServerSettings settings;
     settings.address = options.address;
     settings.port = options.port;
     settings.loopbackNamesOnly = isLoopbackAddress(options.address);
     settings.faults = options.faults;
     settings.limits = options.limits;
+    if (options.tls) {
+        settings.tls = TlsPair{keys.pair().key, keys.pair().certificate};
+    }
     return settings;
 }
 
-int run(const Options& options) {
-    const sigset_t signals = takeOverSignals();
-    Router router([] { ::kill(::getpid(), SIGTERM); });
-    Server server(serverSettings(options),
-                  [&router](const Request& request) { return router.route(request); });
-    server.start();
-    const PortFile portFile(options.portFile, server.port());
-    std::cout << "mvhub listening on http" << (options.tls ? "s" : "") << "://"
-              << urlAuthority(options.address, server.port()) << std::endl;
+std::unique_ptr<KeyStore> openKeys(const Options& options) {
+    if (options.keyFile.empty()) {
+        return std::make_unique<KeyStore>(options.stateFolder);
+    }
+    auto keys = std::make_unique<KeyStore>(options.keyFile, options.certificateFile);
+    // A pair that does not fit is told now, not at the first signature.
+    const Signer tried(keys->pair().key, keys->pair().certificate);
+    return keys;
+}
+
+std::function<void()> shutDownBySignal(const Options& options) {
+    if (!isLoopbackAddress(options.address)) {
+        return nullptr;
+    }
+    return [] { ::kill(::getpid(), SIGTERM); };
+}
+
+void reload(DirectoryStore& directory) {
+    if (!directory.hasFile()) {
+        logLine("there is no directory file to read again; start with --environments");
+        return;
+    }
+    try {
+        directory.reload();
+        logLine("directory read again: " + std::to_string(directory.current()->size()) +
+                " environments");
+    } catch (const std::exception& error) {
+        logLine(std::string(error.what()) + "; the previous directory stays");
+    }
+}
+
+void serveUntilStopped(const sigset_t& signals, DirectoryStore& directory) {
     for (;;) {
         int number = 0;
         sigwait(&signals, &number);
         if (number != SIGHUP) {
-            break;
+            return;
         }
+        reload(directory);
     }
+}
+
+int printCa(const Options& options) {
+    KeyStore keys(options.stateFolder);
+    keys.pair();
+    std::cout << keys.caFile() << std::endl;
+    return kExitStopped;
+}
+
+int run(const Options& options) {
+    const sigset_t signals = takeOverSignals();
+    DirectoryStore directory(options.environmentsFile);
+    const auto keys = openKeys(options);
+    Router router(directory, *keys, shutDownBySignal(options));
+    Server server(serverSettings(options, *keys),
+                  [&router](const Request& request) { return router.route(request); });
+    server.start();
+    const std::string url = std::string(options.tls ? "https://" : "http://") +
+                            urlAuthority(options.address, server.port());
+    if (!directory.hasFile()) {
+        directory.replace(ownDirectory(url, MVHUB_VERSION));
+    }
+    if (!isLoopbackAddress(options.address)) {
+        logLine("warning: every machine that reaches " + options.address +
+                " can use this hub; it is made for development, not for a network");
+    }
+    const PortFile portFile(options.portFile, server.port());
+    std::cout << "mvhub listening on " << url << std::endl;
+    serveUntilStopped(signals, directory);
     server.stop();
     logLine("stopped");
     return kExitStopped;
@@ -69,7 +126,7 @@ int main(int argc, char** argv) {
     }
     setQuiet(parsed.options->quiet);
     try {
-        return run(*parsed.options);
+        return parsed.options->printCa ? printCa(*parsed.options) : run(*parsed.options);
     } catch (const std::exception& error) {
         logLine(error.what());
         return kExitFailed;
