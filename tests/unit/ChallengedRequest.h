@@ -7,6 +7,7 @@
 
 #include "morvenn/net/mvserverproxy/client/MvServerRequest.h"
 #include "testing/FakeProxy.h"
+#include "tests/unit/CallLists.h"
 
 namespace Morvenn::Net::MvServerProxy::Tests {
 
@@ -23,14 +24,6 @@ inline TestKit::Script bodyThenResponse() {
 inline TestKit::Calls callsUpToTheChallenge() {
     using namespace TestKit;
     return {init(), sendNoAck("\r\n"), sendEof(), receive(2)};
-}
-
-/// @p calls, then @p more.
-inline TestKit::Calls operator+(TestKit::Calls calls, const TestKit::Calls& more) {
-    for (const TestKit::Call& call : more.entries()) {
-        calls.add(call);
-    }
-    return calls;
 }
 
 /// Executes a request of its own with the body "<order/>" and no headers.

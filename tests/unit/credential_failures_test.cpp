@@ -61,14 +61,6 @@ TEST_F(CredentialFailures, FailedReadOfTheChallengeIsAProtocolFailureWhateverThe
     EXPECT_EQ(proxy.count(Function::SendNoAck), std::size(statuses)) << "headers, no answer";
 }
 
-// By design
-TEST_F(CredentialFailures, NullCredentialWritesItsErrorLineTwice) {
-    const ScriptedProvider none(static_cast<const Credential*>(nullptr));
-    EXPECT_EQ(challengedWith(none), failure<MSPRuntimeException>(0, kNoCredentials));
-    EXPECT_EQ(errorLines(), (Lines{kNoCredentials, kNoCredentials}));
-    EXPECT_TRUE(sameCalls(callsUpToTheChallenge() + Calls{complete()}, proxy.calls()));
-}
-
 TEST_F(CredentialFailures, RefusalKeepsTypeCodeAndMessageInARuntimeFailure) {
     const ScriptedProvider refusing([](const AuthScope&) -> const Credential* {
         throw CredentialsUnavailableException(7, "not today");

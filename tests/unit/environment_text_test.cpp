@@ -105,7 +105,7 @@ TEST(EnvironmentText, TheLastLineNeedsNoLineFeed) {
 }
 
 // By design
-TEST(EnvironmentText, ABlockWithoutServicesHasAnEmptyNameAndIndexZero) {
+TEST(EnvironmentText, EnvironmentWithoutServicesHasNoNameAndIndexZero) {
     EXPECT_EQ(namesOf(parsed("Prod\n7\n\n")), (Names{"/0"}));
     EXPECT_EQ(namesOf(parsed("Prod\n7")), (Names{"/0"}));
     EXPECT_EQ(namesOf(parsed("Prod")), (Names{"/0"})) << "the index line is read unchecked";
@@ -153,7 +153,7 @@ TEST(EnvironmentText, ServiceWithoutATypeIsStoredUnderTheEmptyName) {
 }
 
 // By design
-TEST(EnvironmentText, TheLastTypeNamesTheServiceAndTheFirstIsItsProperty) {
+TEST(EnvironmentText, LastTypeNamesTheServiceAndTheFirstStaysAsProperty) {
     const auto list = parsed("A\n1\n2\ntype=first\ntype=second\n\n");
     EXPECT_EQ(valueOf(*list.at(0), "second", "type"), "first");
     EXPECT_FALSE(has(*list.at(0), "first"));

@@ -1,0 +1,333 @@
+// Loading the directory and looking things up in it.
+#include "morvenn/net/mvserverproxy/admin/EnvironmentInfo.h"
+
+
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h"
+#include "testing/Failure.h"
+#include "testing/GTest.h"
+#include "testing/LogFile.h"
+#include "tests/unit/CallLists.h"
+#include "tests/unit/Directory.h"
+#include "tests/unit/IcuInterposer.h"
+
+using namespace Morvenn::Net::MvServerProxy;
+using Morvenn::Net::MvServerProxy::Admin::Environment;
+using namespace Morvenn::Net::MvServerProxy::TestKit;
+using namespace Morvenn::Net::MvServerProxy::Tests;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+const char kTwo[] =
+    "Prod\n1\n1\ntype=web\n\n"
+    "Test\n2\n1\ntype=web\n\n";
+const char kThree[] = "Third\n3\n1\ntype=web\n\n";
+
+class EnvironmentInfo : public ProxyTest {
+protected:
+    using Info = Admin::EnvironmentInfo;
+};
+
+}  // namespace
+
+TEST_F(EnvironmentInfo, ConstructionStartsTheProxyAndLoadsNothing) {
+    { const Info info; }
+    EXPECT_TRUE(sameCalls(Calls{init()}, proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, EveryConstructionStartsTheProxyAgain) {
+    const Info first;
+    const Info second;
+    EXPECT_TRUE(sameCalls(Calls{init(2)}, proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, FailureToStartTheProxyLeavesTheConstructor) {
+    proxy.setLastError("cannot start");
+    proxy.answers({gives(Function::Init, 1), gives(Function::Init, -1001)});
+    EXPECT_EQ(failureOf([] { const Info info; }),
+              failure<Client::MSPUnrecognisedException>(0, "cannot start"));
+    EXPECT_EQ(failureOf([] { const Info info; }),
+              failure<Client::MSPConnectionException>(0, "cannot start"));
+}
+
+TEST_F(EnvironmentInfo, FirstLookupLoadsAllAndLaterOnesSendNothing) {
+    proxy.answers(directoryAnswer(kTwo));
+    Info info;
+    EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+    EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All"), proxy.calls()));
+}
+
+// By design
+TEST_F(EnvironmentInfo, GoodLoadCompletesTwice) {
+    proxy.answers(directoryAnswer(kTwo));
+    Info info;
+    info.getEnvironments();
+    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck("getEnv:All\r\n\r\n"), sendEof(), receive(2),
+                                complete(2)},
+                          proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, EnvironmentIsFoundByItsExactName) {
+    proxy.answers(directoryAnswer("Prod\n1\n0\n\nProd\n2\n0\n\nTest\n3\n0\n\n"));
+    Info info;
+    const Environment* found = info.getEnvironment("Prod");
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->getIndex(), 1) << "the first of that name";
+    for (const char* other : {"prod", "Prod ", " Prod", "Pro", "Production", ""}) {
+        EXPECT_EQ(info.getEnvironment(other), nullptr) << other;
+    }
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All"), proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, EnvironmentWithoutServicesIsFoundByTheEmptyName) {
+    proxy.answers(directoryAnswer("Prod\n7\n\n"));
+    Info info;
+    const Environment* found = info.getEnvironment("");
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->getIndex(), 0);
+    EXPECT_EQ(info.getEnvironment("Prod"), nullptr);
+}
+
+TEST_F(EnvironmentInfo, VersionIsTheSelectorByteForByte) {
+    for (const char* version : {"7.1", "", " 7 ", "All", "a:b=c"}) {
+        proxy.answers(directoryAnswer(kTwo));
+        Info info;
+        EXPECT_EQ(info.getEnvsForVersion(version).size(), 2U);
+        EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad(version), proxy.takeCalls()));
+    }
+}
+
+TEST_F(EnvironmentInfo, UrlIsTheSelectorByteForByte) {
+    for (const char* url : {"http://Server/app", "http://Server/app/", " x ", ""}) {
+        proxy.answers(directoryAnswer(kTwo));
+        Info info;
+        EXPECT_EQ(info.getEnvironmentsForURL(url).size(), 2U);
+        EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("mapURLtoEnv::" + std::string(url)),
+                              proxy.takeCalls()));
+    }
+}
+
+// By design
+TEST_F(EnvironmentInfo, AllLookupsAnswerFromTheListThatTheFirstLoaded) {
+    proxy.answers(directoryAnswer(kTwo));
+    Info byVersion;
+    const auto& list = byVersion.getEnvsForVersion("7");
+    EXPECT_EQ(&byVersion.getEnvironments(), &list);
+    EXPECT_EQ(&byVersion.getEnvironmentsForURL("http://elsewhere"), &list);
+    EXPECT_EQ(&byVersion.getEnvsForVersion("8"), &list);
+    EXPECT_EQ(byVersion.getEnvironment("Test"), list.at(1));
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("7"), proxy.takeCalls()));
+
+    proxy.answers(directoryAnswer(kTwo));
+    Info all;
+    EXPECT_EQ(namesOf(all.getEnvironments()), namesOf(all.getEnvironmentsForURL("http://any")));
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All"), proxy.calls()));
+}
+
+// By design
+TEST_F(EnvironmentInfo, LoadAllEnvironmentsAppends) {
+    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree), directoryAnswer(kTwo)});
+    Info info;
+    info.loadAllEnvironments();
+    info.loadAllEnvironments();
+    info.loadAllEnvironments();
+    EXPECT_EQ(namesOf(info.getEnvironments()),
+              (Names{"Prod/1", "Test/2", "Third/3", "Prod/1", "Test/2"}));
+    EXPECT_TRUE(sameCalls(
+        Calls{init()} + callsOfLoad("All") + callsOfLoad("All") + callsOfLoad("All"),
+        proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, ReturnedListFollowsWhatIsAppended) {
+    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree)});
+    Info info;
+    const auto& list = info.getEnvironments();
+    EXPECT_EQ(list.size(), 2U);
+    info.loadAllEnvironments();
+    EXPECT_EQ(list.size(), 3U);
+}
+
+// By design
+TEST_F(EnvironmentInfo, EnvironmentsOutliveTheObjectThatLoadedThem) {
+    proxy.answers(directoryAnswer(kTwo));
+    std::vector<const Environment*> kept;
+    {
+        Info info;
+        kept = info.getEnvironments();
+        Info copy(info);
+        EXPECT_EQ(copy.getEnvironments(), kept) << "the very same pointers";
+        Info assigned;
+        assigned = info;
+        EXPECT_EQ(assigned.getEnvironments(), kept);
+    }
+    EXPECT_EQ(namesOf(kept), (Names{"Prod/1", "Test/2"}));
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All") + Calls{init()}, proxy.calls()))
+        << "a copy does not start the proxy, and nothing stops it";
+}
+
+TEST_F(EnvironmentInfo, AssignmentReplacesTheListAndToItselfChangesNothing) {
+    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree)});
+    Info two;
+    two.loadAllEnvironments();
+    Info three;
+    three.loadAllEnvironments();
+    three = two;
+    EXPECT_EQ(namesOf(three.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+    const Info& itself = two;
+    two = itself;
+    EXPECT_EQ(namesOf(two.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+}
+
+TEST_F(EnvironmentInfo, EmptyAnswerLeavesTheListEmptyAndTheNextLookupLoadsAgain) {
+    proxy.answers({directoryAnswer(""), directoryAnswer(""), directoryAnswer("\nnothing"),
+                   directoryAnswer(kTwo)});
+    Info info;
+    EXPECT_EQ(info.getEnvironments().size(), 0U);
+    EXPECT_EQ(info.getEnvironment("Prod"), nullptr);
+    EXPECT_EQ(info.getEnvsForVersion("7").size(), 0U);
+    EXPECT_EQ(info.getEnvironmentsForURL("http://s").size(), 2U);
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All", 0) + callsOfLoad("All", 0) +
+                              callsOfLoad("7") + callsOfLoad("mapURLtoEnv::http://s"),
+                          proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, AnswerIsTheSameInBlocksOfAnySize) {
+    const std::string answer(kTwo);
+    for (std::size_t size = 1; size <= answer.size(); ++size) {
+        SCOPED_TRACE(size);
+        proxy.answers({inBlocksOf(size, answer), end()});
+        Info info;
+        EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+    }
+}
+
+TEST_F(EnvironmentInfo, ProxyIsAskedAgainWhileNothingIsReady) {
+    proxy.answers({nothing(1000), block("Prod\n1\n"), nothing(), block("0\n\n"), end()});
+    Info info;
+    EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1"}));
+    EXPECT_EQ(proxy.count(Function::Receive), 1004U);
+}
+
+// By design
+TEST_F(EnvironmentInfo, EveryBlockIsDecodedOnItsOwn) {
+    const std::string replaced = "\xEF\xBF\xBD";
+    proxy.answers({block("Z\xC3\xBCrich\n1\n0\n\nZ\xC3"), block("\xBCrich\n2\n0\n\n"), end()});
+    IcuInterposer::settings.localCodePage = "UTF-8";
+    Info info;
+    EXPECT_EQ(namesOf(info.getEnvironments()),
+              (Names{"Z\xC3\xBCrich/1", "Z" + replaced + replaced + "rich/2"}));
+}
+
+TEST_F(EnvironmentInfo, AnswerIsDecodedAndRequestEncoded) {
+    IcuInterposer::settings.localCodePage = "ISO-8859-1";
+    proxy.answers(directoryAnswer("Z\xC3\xBCrich\n1\n0\n\n"));
+    Info info;
+    EXPECT_EQ(namesOf(info.getEnvsForVersion("\xE9t\xE9")), (Names{"Z\xFCrich/1"}));
+    EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("\xC3\xA9t\xC3\xA9"), proxy.calls()));
+}
+
+TEST_F(EnvironmentInfo, RequestEndsAtTheFirstZeroByteOfItsSelector) {
+    proxy.answers(directoryAnswer(kTwo));
+    Info info;
+    EXPECT_EQ(info.getEnvsForVersion(std::string("7\0x", 3)).size(), 2U);
+    EXPECT_EQ(proxy.calls().entries().at(1).text, "getEnv:7");
+}
+
+// By design
+TEST_F(EnvironmentInfo, ResultOfTheRequestTextIsIgnored) {
+    for (const int result : {0, 1, -1, -1001, -5006, INT_MIN, INT_MAX}) {
+        SCOPED_TRACE(result);
+        proxy.answers({gives(Function::SendNoAck, result), directoryAnswer(kTwo)});
+        Info info;
+        EXPECT_EQ(info.getEnvironments().size(), 2U);
+        EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All"), proxy.takeCalls()));
+    }
+}
+
+TEST_F(EnvironmentInfo, FailedEndMarkerCompletesNothing) {
+    proxy.setLastError("no service");
+    Info info;
+    for (const int status : {-1, -42}) {
+        proxy.answers(gives(Function::SendEOF, status));
+        EXPECT_EQ(failureOf([&] { info.getEnvironments(); }),
+                  failure<Client::MSPUnrecognisedException>(0, "no service"));
+    }
+    proxy.answers(gives(Function::SendEOF, -1001));
+    EXPECT_EQ(failureOf([&] { info.getEnvironment("Prod"); }),
+              failure<Client::MSPConnectionException>(0, "no service"));
+    const Calls failed{sendNoAck("getEnv:All\r\n\r\n"), sendEof(), getLastError()};
+    EXPECT_TRUE(sameCalls(Calls{init()} + failed + failed + failed, proxy.takeCalls()));
+
+    proxy.answers(directoryAnswer(kTwo));
+    EXPECT_EQ(info.getEnvironments().size(), 2U) << "the list was empty, so it loads again";
+}
+
+TEST_F(EnvironmentInfo, FailedReadRaisesItsClassAndCompletesOnce) {
+    proxy.setLastError("broken");
+    Info info;
+    const struct {
+        int status;
+        Failure expected;
+    } rows[] = {
+        {-2, failure<Client::MSPUnrecognisedException>(0, "broken")},
+        {-1001, failure<Client::MSPConnectionException>(0, "broken")},
+        {-5005, failure<Client::MSPConnectionException>(0, "broken")},
+        {-1002, failure<Client::MSPProtocolException>(0, "broken")},
+        {-1003, failure<Client::MSPRuntimeException>(0, "broken")},
+        {INT_MIN, failure<Client::MSPUnrecognisedException>(0, "broken")},
+    };
+    proxy.takeCalls();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.status);
+        proxy.answers({block(kTwo), TestKit::failure(row.status)});
+        EXPECT_EQ(failureOf([&] { info.getEnvironments(); }), row.expected);
+        EXPECT_TRUE(sameCalls(Calls{sendNoAck("getEnv:All\r\n\r\n"), sendEof(), receive(2),
+                                    getLastError(), complete()},
+                              proxy.takeCalls()));
+    }
+    proxy.answers(directoryAnswer(kThree));
+    EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Third/3"})) << "nothing of before was kept";
+}
+
+TEST_F(EnvironmentInfo, EarlierEnvironmentsStayWhenALaterLoadFails) {
+    proxy.answers(directoryAnswer(kTwo));
+    Info info;
+    info.loadAllEnvironments();
+    proxy.answers({block(kThree), TestKit::failure(-1003)});
+    EXPECT_EQ(failureOf([&] { info.loadAllEnvironments(); }),
+              failure<Client::MSPRuntimeException>(0, "No error message received"));
+    EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
+}
+
+TEST_F(EnvironmentInfo, DebugLogShowsLookupRequestAndAnswer) {
+    const PrivateTemp temp;
+    setLogLevel("DEBUG");
+    Util::MvServerCppBindingLogger::getInstance();
+    proxy.answers(directoryAnswer("Prod\r\n1\r\n0\r\n"));
+    Info info;
+    info.getEnvsForVersion("7");
+    info.getEnvironments();
+    info.getEnvironment("Prod");
+    info.getEnvironmentsForURL("http://s/");
+    EXPECT_EQ(logLines(),
+              (Lines{" [DEBUG] : MvServerRequest::init()",
+                     " [INFO ] : MvServerCppBinding Initialized",
+                     " [DEBUG] : EnvironmentInfo::getEnvsForVersion(7)",
+                     " [DEBUG] : The request for fetching env info from MVHUB is:-getEnv:7\r",
+                     "\r",
+                     "",
+                     " [DEBUG] : EnvironmentInfo::processEnvironment()",
+                     " [DEBUG] : The Environment info received is:-Prod\r",
+                     "1\r",
+                     "0\r",
+                     "",
+                     " [DEBUG] : EnvironmentInfo::getEnvironments()",
+                     " [DEBUG] : EnvironmentInfo::getEnvironment()",
+                     " [DEBUG] : EnvironmentInfo::getEnvironmentsForURL(http://s/)"}));
+}
