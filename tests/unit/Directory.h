@@ -19,7 +19,7 @@ inline bool has(Admin::Service service, const std::string& key) {
 /// The same for a service.
 inline bool has(Admin::Environment environment, const std::string& name) {
     Admin::Service marker;
-    marker.setProperty("marker", "it was not there");
+    marker.setProperty("marker", "the environment had no such service");
     environment.setService(name, marker);
     return !has(environment.getService(name), "marker");
 }

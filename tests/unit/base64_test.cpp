@@ -10,7 +10,7 @@
 using namespace std::string_literals;
 using Morvenn::Net::MvServerProxy::Crypto::Internal::base64Decode;
 using Morvenn::Net::MvServerProxy::Crypto::Internal::base64Encode;
-using Morvenn::Net::MvServerProxy::TestKit::quoted;
+using Morvenn::Net::MvServerProxy::TestKit::escaped;
 using Morvenn::Net::MvServerProxy::TestKit::sampleBytes;
 using Morvenn::Net::MvServerProxy::TestKit::unhex;
 
@@ -64,7 +64,7 @@ std::string encodedByBits(const std::string& bytes) {
 
 TEST(Base64, KnownValuesInBothDirections) {
     for (const Row& row : kKnown) {
-        SCOPED_TRACE(quoted(row.bytes));
+        SCOPED_TRACE(escaped(row.bytes));
         EXPECT_EQ(base64Encode(row.bytes), row.text);
         EXPECT_EQ(base64Decode(row.text), row.bytes);
     }
@@ -132,7 +132,7 @@ TEST(Base64, DecodingStopsWithoutFailureAtTheFirstForeignCharacter) {
         {"fo", "Zm9!"},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(quoted(row.text));
+        SCOPED_TRACE(escaped(row.text));
         EXPECT_EQ(base64Decode(row.text), row.bytes);
     }
 }
@@ -150,7 +150,7 @@ TEST(Base64, FinalGroupGivesWhatItsCharactersHold) {
         {"fo", "Zm9"},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(quoted(row.text));
+        SCOPED_TRACE(escaped(row.text));
         EXPECT_EQ(base64Decode(row.text), row.bytes);
     }
 }

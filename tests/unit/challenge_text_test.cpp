@@ -11,7 +11,7 @@
 
 using namespace Morvenn::Net::MvServerProxy::Client;
 using namespace std::string_literals;
-using Morvenn::Net::MvServerProxy::TestKit::quoted;
+using Morvenn::Net::MvServerProxy::TestKit::escaped;
 
 namespace {
 
@@ -22,7 +22,7 @@ struct Row {
 
 void expectRows(const std::vector<Row>& rows) {
     for (const Row& row : rows) {
-        SCOPED_TRACE(quoted(row.challenge));
+        SCOPED_TRACE(escaped(row.challenge));
         const AuthScope scope = Internal::parseChallenge(row.challenge);
         EXPECT_EQ(scope.getHost(), row.host);
         EXPECT_EQ(scope.getPort(), row.port);

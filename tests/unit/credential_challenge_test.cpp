@@ -31,8 +31,12 @@ protected:
         credential = given;
         proxy.answers({instruction(17), block(kChallenge), bodyThenResponse()});
         EXPECT_EQ(executeChallenged(&provider), "done");
-        const Calls calls = proxy.takeCalls();
-        return calls.entries().size() > 4 ? calls.entries()[4].text : "nothing was sent";
+        for (const Call& call : proxy.takeCalls().entries()) {
+            if (call.text.rfind("user:", 0) == 0) {
+                return call.text;
+            }
+        }
+        return "nothing was sent";
     }
 
     // The scope the provider sees for a challenge.

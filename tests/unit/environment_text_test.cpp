@@ -34,7 +34,7 @@ struct PropertyRow {
 // Each row is the only property of a service, which its count makes the last line of the answer.
 void expectProperties(const std::vector<PropertyRow>& rows) {
     for (const PropertyRow& row : rows) {
-        SCOPED_TRACE(quoted(row.line));
+        SCOPED_TRACE(escaped(row.line));
         const auto list = parsed("Prod\n1\n2\ntype=web\n" + std::string(row.line) + "\n\n");
         ASSERT_EQ(list.size(), 1U);
         EXPECT_EQ(valueOf(*list[0], "web", row.key), row.value);

@@ -190,7 +190,7 @@ TEST_F(Pkcs7, FailedExchangeIsRaisedUnchangedAndNotCompleted) {
 
 TEST_F(Pkcs7, FailureInTheBodyOfTheAnswerIsRaisedUnchangedAndCompletedOnce) {
     proxy.setLastError("gone");
-    proxy.answers({instruction(18), block("\nAAAA"), TestKit::failure(-5005)});
+    proxy.answers({instruction(18), block("\nAAAA"), instruction(-5005)});
     EXPECT_EQ(failureOf([&] { pkcs7.sign("ab", 2); }),
               failure<Client::MSPConnectionException>(0, "gone"));
     EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck("generatePKCS7Signatures=\r\n\r\n"), sendEof(),

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "morvenn/net/mvserverproxy/client/Exceptions.h"
+#include "testing/Bytes.h"
 #include "testing/GTest.h"
 #include "testing/Gzip.h"
 
@@ -36,7 +37,7 @@ bool operator==(const Answer& a, const Answer& b) {
 }
 
 std::ostream& operator<<(std::ostream& out, const Answer& a) {
-    return out << a.result << ", " << (a.given ? quoted(a.text) : "null");
+    return out << a.result << ", " << (a.given ? escaped(a.text) : "null");
 }
 
 Answer answered(const std::string& text) {
