@@ -10,7 +10,8 @@
 
 namespace Morvenn::Net::MvServerProxy::Tests {
 
-/// Whether a property is stored, an empty one included. Looks at a copy, as reading would insert it.
+/// Whether a property is stored, an empty one included. Looks at a copy, as reading would insert
+/// it.
 inline bool has(Admin::Service service, const std::string& key) {
     service.setProperty(key, "it was not there");
     return service.getProperty(key) != "it was not there";

@@ -35,10 +35,10 @@ inline TestKit::Script oneSignature() {
 /// What a good request for the given items calls.
 inline TestKit::Calls callsOfSign(const std::string& body) {
     using namespace TestKit;
-    return {init(),     sendNoAck("generatePKCS7Signatures=\r\n\r\n"),
-            sendEof(),  receive(),
+    return {init(),          sendNoAck("generatePKCS7Signatures=\r\n\r\n"),
+            sendEof(),       receive(),
             sendNoAck(body), sendEof(),
-            receive(3), complete()};
+            receive(3),      complete()};
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Tests

@@ -140,13 +140,9 @@ TEST(Base64, DecodingStopsWithoutFailureAtTheFirstForeignCharacter) {
 TEST(Base64, FinalGroupGivesWhatItsCharactersHold) {
     const Row rows[] = {
         {"", "Z"},  // six bits are not a byte
-        {"f", "Zg"},
-        {"fo", "Zm8"},
-        {"foo", "Zm9v"},
-        {"foo", "Zm9vY"},
-        {"foob", "Zm9vYg"},
-        {"foo", "Zm9vY==="},
-        {"f", "Zh"},  // the bits beyond the byte do not count
+        {"f", "Zg"},        {"fo", "Zm8"},       {"foo", "Zm9v"}, {"foo", "Zm9vY"},
+        {"foob", "Zm9vYg"}, {"foo", "Zm9vY==="}, {"f", "Zh"},  // the bits beyond the byte do not
+                                                               // count
         {"fo", "Zm9"},
     };
     for (const Row& row : rows) {
@@ -158,7 +154,8 @@ TEST(Base64, FinalGroupGivesWhatItsCharactersHold) {
 TEST(Base64, EveryOtherByteIsForeignAtEveryPlace) {
     for (int byte = 0; byte < 256; ++byte) {
         const char c = static_cast<char>(byte);
-        const bool isOfTheAlphabet = c != '\0' && std::string(kAlphabet).find(c) != std::string::npos;
+        const bool isOfTheAlphabet =
+            c != '\0' && std::string(kAlphabet).find(c) != std::string::npos;
         for (std::size_t place = 0; place < 4; ++place) {
             std::string text = "Zm9vZm9v";
             text[4 + place] = c;

@@ -31,7 +31,8 @@ protected:
         credential = given;
         proxy.answers({instruction(17), block(kChallenge), bodyThenResponse()});
         EXPECT_EQ(executeChallenged(&provider), "done");
-        for (const Call& call : proxy.takeCalls().entries()) {
+        const Calls calls = proxy.takeCalls();
+        for (const Call& call : calls.entries()) {
             if (call.text.rfind("user:", 0) == 0) {
                 return call.text;
             }
@@ -188,8 +189,8 @@ TEST_F(CredentialChallenge, AnswerTakenWithResultZeroGoesOn) {
 TEST_F(CredentialChallenge, InstructionAfterTheAnswerIsFollowed) {
     for (const int next : {0, 18}) {  // both: no body is wanted
         SCOPED_TRACE(next);
-        proxy.answers({instruction(17), block(kChallenge), instruction(next), block("\ndone"),
-                       end()});
+        proxy.answers(
+            {instruction(17), block(kChallenge), instruction(next), block("\ndone"), end()});
         EXPECT_EQ(executeChallenged(&provider), "done");
         EXPECT_EQ(proxy.takeCalls().count(Function::SendNoAck), 2U) << "headers and answer";
         EXPECT_EQ(proxy.leftOver(), "");

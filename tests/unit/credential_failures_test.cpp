@@ -40,8 +40,8 @@ TEST_F(CredentialFailures, WithoutProviderTheChallengeIsNotRead) {
     EXPECT_EQ(failureOf([] { executeChallenged(nullptr); }),
               failure<MSPException>(0, "No credential Provider available"));
     EXPECT_EQ(errorLines(), (Lines{"No credential Provider available"}));
-    EXPECT_TRUE(sameCalls(
-        Calls{init(), sendNoAck("\r\n"), sendEof(), receive(), complete()}, proxy.calls()));
+    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck("\r\n"), sendEof(), receive(), complete()},
+                          proxy.calls()));
 }
 
 TEST_F(CredentialFailures, FailedReadOfTheChallengeIsAProtocolFailureWhateverTheStatus) {
@@ -71,9 +71,8 @@ TEST_F(CredentialFailures, RefusalKeepsTypeCodeAndMessageInARuntimeFailure) {
 }
 
 TEST_F(CredentialFailures, RefusalWithAMessageOnlyHasTypeCodeZero) {
-    const ScriptedProvider refusing([](const AuthScope&) -> const Credential* {
-        throw CredentialsUnavailableException("");
-    });
+    const ScriptedProvider refusing(
+        [](const AuthScope&) -> const Credential* { throw CredentialsUnavailableException(""); });
     EXPECT_EQ(challengedWith(refusing), failure<MSPRuntimeException>(0, ""));
 }
 
@@ -105,11 +104,11 @@ TEST_F(CredentialFailures, RefusedAnswerRaisesTheClassOfTheStatus) {
     proxy.setLastError("gateway is gone");
     EXPECT_EQ(failureOf([&] { executeChallenged(&provider); }),
               failure<MSPConnectionException>(0, "gateway is gone"));
-    EXPECT_EQ(errorLines(), (Lines{" Exception caught. The error code is :--1001",
-                                   "gateway is gone"}));
-    EXPECT_TRUE(sameCalls(
-        callsUpToTheChallenge() + Calls{sendNoAck(kAnswer), getLastError(), complete()},
-        proxy.calls()));
+    EXPECT_EQ(errorLines(),
+              (Lines{" Exception caught. The error code is :--1001", "gateway is gone"}));
+    EXPECT_TRUE(
+        sameCalls(callsUpToTheChallenge() + Calls{sendNoAck(kAnswer), getLastError(), complete()},
+                  proxy.calls()));
 }
 
 TEST_F(CredentialFailures, NegativeInstructionAfterTheAnswerIsRaisedBySend) {
@@ -141,27 +140,22 @@ TEST_F(CredentialFailures, DebugLogShowsTheChallengeAndNeverTheCredential) {
     Util::MvServerCppBindingLogger::getInstance();
     proxy.answers({instruction(17), block(kChallenge), bodyThenResponse()});
     EXPECT_EQ(executeChallenged(&provider), "done");
-    EXPECT_EQ(logLines(), (Lines{" [DEBUG] : MvServerRequest::init()",
-                                 " [INFO ] : MvServerCppBinding Initialized",
-                                 " [DEBUG] : Encoded Headers",
-                                 " [DEBUG] : \r",
-                                 "",
-                                 " [INFO ] : Credential challenge by Forward Proxy. Credential Call "
-                                 "back invoked",
-                                 " [DEBUG] : Credential Callback response",
-                                 " [DEBUG] : host:gateway",
-                                 "port:3128",
-                                 "realm:corp",
-                                 "",
-                                 " [DEBUG] : Credentials Provided. wont be logged due to security "
-                                 "reasons",
-                                 " [DEBUG] : Sending a part of Request Body Now",
-                                 " [DEBUG] : The size of which is :- 8 bytes",
-                                 " [INFO ] : Completed sending the request body!",
-                                 "",
-                                 " [INFO ] : Now receiving the response",
-                                 " [DEBUG] : Received the response. The size is :-4bytes",
-                                 " [DEBUG] : MvServerRequest::~MvServerRequest()"}));
+    EXPECT_EQ(
+        logLines(),
+        (Lines{" [DEBUG] : MvServerRequest::init()", " [INFO ] : MvServerCppBinding Initialized",
+               " [DEBUG] : Encoded Headers", " [DEBUG] : \r", "",
+               " [INFO ] : Credential challenge by Forward Proxy. Credential Call "
+               "back invoked",
+               " [DEBUG] : Credential Callback response", " [DEBUG] : host:gateway", "port:3128",
+               "realm:corp", "",
+               " [DEBUG] : Credentials Provided. wont be logged due to security "
+               "reasons",
+               " [DEBUG] : Sending a part of Request Body Now",
+               " [DEBUG] : The size of which is :- 8 bytes",
+               " [INFO ] : Completed sending the request body!", "",
+               " [INFO ] : Now receiving the response",
+               " [DEBUG] : Received the response. The size is :-4bytes",
+               " [DEBUG] : MvServerRequest::~MvServerRequest()"}));
     const std::string log = fileText(logPath());
     for (const char* secret : {"p-a-s-s-w-o-r-d", "anna", "CORP", "password:"}) {
         EXPECT_EQ(log.find(secret), std::string::npos) << secret;

@@ -1,7 +1,6 @@
 // Loading the directory and looking things up in it.
 #include "morvenn/net/mvserverproxy/admin/EnvironmentInfo.h"
 
-
 #include <climits>
 #include <string>
 #include <vector>
@@ -68,9 +67,9 @@ TEST_F(EnvironmentInfo, GoodLoadCompletesTwice) {
     proxy.answers(directoryAnswer(kTwo));
     Info info;
     info.getEnvironments();
-    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck("getEnv:All\r\n\r\n"), sendEof(), receive(2),
-                                complete(2)},
-                          proxy.calls()));
+    EXPECT_TRUE(sameCalls(
+        Calls{init(), sendNoAck("getEnv:All\r\n\r\n"), sendEof(), receive(2), complete(2)},
+        proxy.calls()));
 }
 
 TEST_F(EnvironmentInfo, EnvironmentIsFoundByItsExactName) {
@@ -140,9 +139,9 @@ TEST_F(EnvironmentInfo, LoadAllEnvironmentsAppends) {
     info.loadAllEnvironments();
     EXPECT_EQ(namesOf(info.getEnvironments()),
               (Names{"Prod/1", "Test/2", "Third/3", "Prod/1", "Test/2"}));
-    EXPECT_TRUE(sameCalls(
-        Calls{init()} + callsOfLoad("All") + callsOfLoad("All") + callsOfLoad("All"),
-        proxy.calls()));
+    EXPECT_TRUE(
+        sameCalls(Calls{init()} + callsOfLoad("All") + callsOfLoad("All") + callsOfLoad("All"),
+                  proxy.calls()));
 }
 
 TEST_F(EnvironmentInfo, ReturnedListFollowsWhatIsAppended) {
@@ -316,19 +315,14 @@ TEST_F(EnvironmentInfo, DebugLogShowsLookupRequestAndAnswer) {
     info.getEnvironments();
     info.getEnvironment("Prod");
     info.getEnvironmentsForURL("http://s/");
-    EXPECT_EQ(logLines(),
-              (Lines{" [DEBUG] : MvServerRequest::init()",
-                     " [INFO ] : MvServerCppBinding Initialized",
-                     " [DEBUG] : EnvironmentInfo::getEnvsForVersion(7)",
-                     " [DEBUG] : The request for fetching env info from MVHUB is:-getEnv:7\r",
-                     "\r",
-                     "",
-                     " [DEBUG] : EnvironmentInfo::processEnvironment()",
-                     " [DEBUG] : The Environment info received is:-Prod\r",
-                     "1\r",
-                     "0\r",
-                     "",
-                     " [DEBUG] : EnvironmentInfo::getEnvironments()",
-                     " [DEBUG] : EnvironmentInfo::getEnvironment()",
-                     " [DEBUG] : EnvironmentInfo::getEnvironmentsForURL(http://s/)"}));
+    EXPECT_EQ(
+        logLines(),
+        (Lines{" [DEBUG] : MvServerRequest::init()", " [INFO ] : MvServerCppBinding Initialized",
+               " [DEBUG] : EnvironmentInfo::getEnvsForVersion(7)",
+               " [DEBUG] : The request for fetching env info from MVHUB is:-getEnv:7\r", "\r", "",
+               " [DEBUG] : EnvironmentInfo::processEnvironment()",
+               " [DEBUG] : The Environment info received is:-Prod\r", "1\r", "0\r", "",
+               " [DEBUG] : EnvironmentInfo::getEnvironments()",
+               " [DEBUG] : EnvironmentInfo::getEnvironment()",
+               " [DEBUG] : EnvironmentInfo::getEnvironmentsForURL(http://s/)"}));
 }

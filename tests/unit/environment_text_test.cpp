@@ -73,7 +73,8 @@ TEST(EnvironmentText, CarriageReturnsAreRemovedWhereverTheyStand) {
     const auto list = parsed(withCr);
     EXPECT_EQ(namesOf(list), (Names{"Prod/1", "Test/2"}));
     EXPECT_EQ(valueOf(*list.at(0), "web", "port"), "80");
-    EXPECT_EQ(namesOf(parsed("Pr\rod\n\r1\r\n\r\r\n")), (Names{"/0"})) << "a block without services";
+    EXPECT_EQ(namesOf(parsed("Pr\rod\n\r1\r\n\r\r\n")), (Names{"/0"}))
+        << "a block without services";
     EXPECT_EQ(namesOf(parsed("Pr\rod\n\r12\r3\n1\ntype=t\n")), (Names{"Prod/123"}));
 }
 

@@ -81,8 +81,7 @@ TEST_F(Pkcs7Answer, NegativeLengthTakesTheRest) {
     EXPECT_EQ(entries(1, "00000001 01 ffffffff 414243"), Entries{"ABC"});
     EXPECT_EQ(entries(1, "00000001 01 80000000 414243"), Entries{"ABC"});
     // The next entry starts at 4 + 5 - 9 = 0: flag 00, length 00 00 02 01.
-    EXPECT_EQ(entries(2, "00000002 01 fffffff7 414243"),
-              (Entries{"ABC", unhex("fffffff7414243")}));
+    EXPECT_EQ(entries(2, "00000002 01 fffffff7 414243"), (Entries{"ABC", unhex("fffffff7414243")}));
 }
 
 TEST_F(Pkcs7Answer, EntryOutsideTheDataIsOutOfRange) {
@@ -93,7 +92,7 @@ TEST_F(Pkcs7Answer, EntryOutsideTheDataIsOutOfRange) {
              "00000002 01 00000003 414243",            // no second entry
              "00000002 01 00000003 414243 01 000000",  // a part of its length
              "00000002 01 00000004 41424301 0000",
-             "00000002 01 7fffffff 414243",            // position far behind the data
+             "00000002 01 7fffffff 414243",  // position far behind the data
              "00000003 01 7fffffff 41",
              "00000002 01 fffffff6 414243",  // the next would begin at 4 + 5 - 10 = -1
              "00000002 01 80000000 414243",
@@ -142,7 +141,9 @@ TEST_F(Pkcs7Answer, SingleFormReturnsTheFirstOfSeveralEntries) {
 
 TEST_F(Pkcs7Answer, LargeEntriesArriveWhole) {
     const std::string signature = sampleBytes(100000);
-    const std::string text = Crypto::Internal::base64Encode(unhex("00000001 01 000186a0") + signature);
-    EXPECT_EQ(signedWith({instruction(16), instruction(18), inBlocksOf(16384, "\n" + text), end()})[0],
-              signature);
+    const std::string text =
+        Crypto::Internal::base64Encode(unhex("00000001 01 000186a0") + signature);
+    EXPECT_EQ(
+        signedWith({instruction(16), instruction(18), inBlocksOf(16384, "\n" + text), end()})[0],
+        signature);
 }

@@ -46,14 +46,17 @@ TEST_F(Pkcs7, BatchSendsItsItemsAsOneRecordInBase64) {
 
 TEST_F(Pkcs7, IntegersAreBigEndianAndItemsAreNotPadded) {
     const std::string item(0x010203, 'i');
-    proxy.answers({instruction(18), block("\n" + Crypto::Internal::base64Encode(unhex(
-                                               "00000001 01 00000001 53"))),
+    proxy.answers({instruction(18),
+                   block("\n" + Crypto::Internal::base64Encode(unhex("00000001 01 00000001 53"))),
                    end()});
     EXPECT_EQ(pkcs7.sign(item.data(), 0x010203), "S");
     proxy.answers(oneSignature());
     proxy.takeCalls();
     EXPECT_EQ(pkcs7.sign("\x80\x00\xFF", 3), "SIG");
-    EXPECT_EQ(recordSent(), "00000001" "00000003" "8000ff");
+    EXPECT_EQ(recordSent(),
+              "00000001"
+              "00000003"
+              "8000ff");
 }
 
 TEST_F(Pkcs7, LongRecordTravelsInPiecesOf4096) {
@@ -61,12 +64,12 @@ TEST_F(Pkcs7, LongRecordTravelsInPiecesOf4096) {
     proxy.answers(oneSignature());
     EXPECT_EQ(pkcs7.sign(item), "SIG");
     const std::string body = Crypto::Internal::base64Encode(unhex("00000001 00002710") + item);
-    EXPECT_TRUE(sameCalls(
-        Calls{init(), sendNoAck("generatePKCS7Signatures=\r\n\r\n"), sendEof(), receive(),
-              sendNoAck(body.substr(0, 4096)), sendNoAck(body.substr(4096, 4096)),
-              sendNoAck(body.substr(8192, 4096)), sendNoAck(body.substr(12288)), sendEof(),
-              receive(3), complete()},
-        proxy.calls()));
+    EXPECT_TRUE(
+        sameCalls(Calls{init(), sendNoAck("generatePKCS7Signatures=\r\n\r\n"), sendEof(), receive(),
+                        sendNoAck(body.substr(0, 4096)), sendNoAck(body.substr(4096, 4096)),
+                        sendNoAck(body.substr(8192, 4096)), sendNoAck(body.substr(12288)),
+                        sendEof(), receive(3), complete()},
+                  proxy.calls()));
 }
 
 TEST_F(Pkcs7, AllFourFormsSendTheSameRecord) {
@@ -109,11 +112,17 @@ TEST_F(Pkcs7, ItemsWithZeroBytesTravelWholeByPointerAndSize) {
     int sizes[] = {3};
     proxy.answers({oneSignature(), oneSignature(), oneSignature()});
     EXPECT_EQ(Signatures(pkcs7.sign(data, 1, sizes))[0], "SIG");
-    EXPECT_EQ(recordSent(), "0000000100000003" "610062");
+    EXPECT_EQ(recordSent(),
+              "0000000100000003"
+              "610062");
     EXPECT_EQ(pkcs7.sign(item.data(), 3), "SIG");
-    EXPECT_EQ(recordSent(), "0000000100000003" "610062");
+    EXPECT_EQ(recordSent(),
+              "0000000100000003"
+              "610062");
     EXPECT_EQ(pkcs7.sign(asText), "SIG");
-    EXPECT_EQ(recordSent(), "0000000100000003" "610062");
+    EXPECT_EQ(recordSent(),
+              "0000000100000003"
+              "610062");
 }
 
 // By design: the three bytes behind the zero byte are not the item's.
@@ -122,7 +131,10 @@ TEST_F(Pkcs7, TextItemsAreCopiedUpToTheirFirstZeroByte) {
     proxy.answers(signatureRecord("00000002 01 00000001 41 01 00000001 42"));
     EXPECT_EQ(Signatures(pkcs7.sign(items, 2))[1], "B");
     const std::string record = recordSent();
-    EXPECT_EQ(record.substr(0, 22), "00000002" "00000006" "616200");
+    EXPECT_EQ(record.substr(0, 22),
+              "00000002"
+              "00000006"
+              "616200");
     EXPECT_NE(record.substr(22, 6), hex("cde"));
     EXPECT_EQ(record.substr(28), "00000003" + hex("xyz"));
 }
@@ -183,9 +195,9 @@ TEST_F(Pkcs7, FailedExchangeIsRaisedUnchangedAndNotCompleted) {
     proxy.answers({gives(Function::SendEOF, -1002)});
     EXPECT_EQ(failureOf([&] { pkcs7.sign("ab", 2); }),
               failure<Client::MSPProtocolException>(0, "gone"));
-    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck("generatePKCS7Signatures=\r\n\r\n"), sendEof(),
-                                getLastError()},
-                          proxy.calls()));
+    EXPECT_TRUE(sameCalls(
+        Calls{init(), sendNoAck("generatePKCS7Signatures=\r\n\r\n"), sendEof(), getLastError()},
+        proxy.calls()));
 }
 
 TEST_F(Pkcs7, FailureInTheBodyOfTheAnswerIsRaisedUnchangedAndCompletedOnce) {

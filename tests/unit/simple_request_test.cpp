@@ -109,8 +109,8 @@ TEST_F(SimpleRequest, ZeroOfTheBodyCountsForItsChunks) {
 TEST_F(SimpleRequest, BodyIsNotSentUnlessTheProxyAsks) {
     proxy.answers({instruction(18), block("\ndone"), end()});
     EXPECT_EQ(call("<order/>"), answered("done"));
-    EXPECT_TRUE(sameCalls(
-        Calls{init(), sendNoAck(kHeaders), sendEof(), receive(3), complete()}, proxy.calls()));
+    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck(kHeaders), sendEof(), receive(3), complete()},
+                          proxy.calls()));
 }
 
 TEST_F(SimpleRequest, CompressedResponseArrivesInflated) {
@@ -189,9 +189,9 @@ TEST_F(SimpleRequest, FailureInTheBodyOfTheResponseGivesMinusOneAndItsMessage) {
     proxy.setLastError("connection lost");
     proxy.answers({instruction(18), block("\npart"), instruction(-5005)});
     EXPECT_EQ(call("<order/>"), failedWith("connection lost"));
-    EXPECT_TRUE(sameCalls(Calls{init(), sendNoAck(kHeaders), sendEof(), receive(3), getLastError(),
-                                complete()},
-                          proxy.calls()));
+    EXPECT_TRUE(sameCalls(
+        Calls{init(), sendNoAck(kHeaders), sendEof(), receive(3), getLastError(), complete()},
+        proxy.calls()));
 }
 
 TEST_F(SimpleRequest, CredentialChallengeCannotBeAnswered) {
