@@ -4,7 +4,8 @@
 usage: forward_proxy.py USER PASSWORD COMMAND [ARGUMENT...]
 
 The proxy listens on a free loopback port, named in http_proxy, and relays a request that carries
-the right credentials; any other is answered with 407.
+the right credentials; any other is answered with 407. The command does not learn where the hub is:
+requests to a known hub go there directly.
 """
 import base64
 import http.client
@@ -76,7 +77,8 @@ def main():
     server = ThreadingHTTPServer(("127.0.0.1", 0), ForwardProxy)
     threading.Thread(target=server.serve_forever, daemon=True).start()
     environment = dict(os.environ, http_proxy=f"http://127.0.0.1:{server.server_port}")
-    environment.pop("no_proxy", None)
+    for variable in ("no_proxy", "NO_PROXY", "MV_SERVERPROXY_HUB"):
+        environment.pop(variable, None)
     result = subprocess.run(command, env=environment, timeout=60).returncode
     server.shutdown()
     sys.exit(result)
