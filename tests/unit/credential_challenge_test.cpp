@@ -23,6 +23,7 @@ namespace {
 
 class CredentialChallenge : public ProxyTest {
 protected:
+    PrivateTemp temp;
     Credential credential{"u", "p", "d"};
     ScriptedProvider provider{&credential};
 
@@ -122,7 +123,6 @@ TEST_F(CredentialChallenge, NothingIsTrimmed) {
 // By design
 TEST_F(CredentialChallenge, NullCredentialLogsTwiceAndFailsAsRuntimeException) {
     const char notSupplied[] = " Credentials Not supplied by credential Provider";
-    const PrivateTemp temp;
     const ScriptedProvider none(static_cast<const Credential*>(nullptr));
     proxy.answers({instruction(17), block(kChallenge)});
     EXPECT_EQ(failureOf([&] { executeChallenged(&none); }),

@@ -29,6 +29,7 @@ const char kThree[] = "Third\n3\n1\ntype=web\n\n";
 
 class EnvironmentInfo : public ProxyTest {
 protected:
+    PrivateTemp temp;
     using Info = Admin::EnvironmentInfo;
 };
 
@@ -306,7 +307,6 @@ TEST_F(EnvironmentInfo, EarlierEnvironmentsStayWhenALaterLoadFails) {
 }
 
 TEST_F(EnvironmentInfo, DebugLogShowsLookupRequestAndAnswer) {
-    const PrivateTemp temp;
     setLogLevel("DEBUG");
     Util::MvServerCppBindingLogger::getInstance();
     proxy.answers(directoryAnswer("Prod\r\n1\r\n0\r\n"));

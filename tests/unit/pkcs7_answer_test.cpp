@@ -21,6 +21,8 @@ using Entries = std::vector<std::string>;
 
 class Pkcs7Answer : public ProxyTest {
 protected:
+    PrivateTemp temp;
+
     // Signs one item in the batch form; the answer may nevertheless hold any number of entries.
     Signatures signedWith(const Script& answer) {
         const char* data[] = {"item"};
@@ -124,7 +126,6 @@ TEST_F(Pkcs7Answer, TextThatIsNotBase64CountsUpToItsFirstForeignCharacter) {
 }
 
 TEST_F(Pkcs7Answer, SingleFormOfAnAnswerWithoutEntryIsALocalFailure) {
-    const PrivateTemp temp;
     const std::string message = "The answer to the signature request holds no signature.";
     proxy.answers({signatureRecord("00000000"), signatureRecord("00000000")});
     std::string item = "item";

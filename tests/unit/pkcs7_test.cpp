@@ -19,6 +19,7 @@ namespace {
 
 class Pkcs7 : public ProxyTest {
 protected:
+    PrivateTemp temp;
     PKCS7 pkcs7;
 
     // The record that was sent, as hexadecimal digits.

@@ -10,6 +10,7 @@
 #include "testing/Bytes.h"
 #include "testing/GTest.h"
 #include "testing/Gzip.h"
+#include "testing/LogFile.h"
 
 using namespace Morvenn::Net::MvServerProxy;
 using namespace Morvenn::Net::MvServerProxy::TestKit;
@@ -50,6 +51,8 @@ Answer failedWith(const std::string& message) {
 
 class SimpleRequest : public ProxyTest {
 protected:
+    PrivateTemp temp;
+
     static Answer call(const std::string& body) {
         char* response = nullptr;
         const int result = MvServerSimpleRequest("http://server/app", body.c_str(), "S1", "<app/>",
