@@ -1,0 +1,29 @@
+# The lists are explicit on purpose: a file that is not named here is not part of the library.
+set(MV_PROXY_SOURCES
+  BodyWindow.cpp
+  Clocks.cpp
+  Config.cpp
+  CredentialStore.cpp
+  CurlSession.cpp
+  CurlStatus.cpp
+  DirectoryBlock.cpp
+  Exchange.cpp
+  ExchangeState.cpp
+  ForwardProxy.cpp
+  NoProxy.cpp
+  Process.cpp
+  ProxyChallenge.cpp
+  ProxyDialogue.cpp
+  RequestText.cpp
+  Resolver.cpp
+  ResponseBuffer.cpp
+  ResponseHead.cpp
+  ResponseText.cpp
+  Spool.cpp
+  TargetUrl.cpp
+  TextTools.cpp
+  ThreadContext.cpp
+  Trace.cpp
+  Transfer.cpp
+  TransferCallbacks.cpp
+  TransferOptions.cpp)
