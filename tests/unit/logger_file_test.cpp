@@ -1,20 +1,17 @@
 // Where the log lies, how it is opened, and what happens when it cannot be.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
-#include "morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h"
-#include "testing/GTest.h"
-#include "testing/LogFile.h"
+#include "LoggerTest.h"
 
 using namespace Morvenn::Net::MvServerProxy::TestKit;
+using Morvenn::Net::MvServerProxy::Logger;
 using Log = Morvenn::Net::MvServerProxy::Util::MvServerCppBindingLogger;
 
 namespace {
@@ -34,36 +31,29 @@ std::string openFailure(const std::string& path) {
     return "Could not open the log file:-" + path + " Logging hence will be disabled";
 }
 
-class LoggerFile : public ::testing::Test {
-protected:
-    PrivateTemp temp;
-
-    void SetUp() override { unsetenv("MV_CPPBINDING_LOG_LEVEL"); }
-};
-
 }  // namespace
 
 // By design: two slashes stand between directory and file.
-TEST_F(LoggerFile, PathHoldsTwoSlashes) {
+TEST_F(Logger, PathHoldsTwoSlashes) {
     setenv("TEMP", "/no/such/directory", 1);
     EXPECT_EQ(outputOfAnError(),
               openFailure("/no/such/directory//CppBinding_" + pid() + "_Morvenn.log"));
 }
 
-TEST_F(LoggerFile, LiesInTempBeforeTmp) {
+TEST_F(Logger, LiesInTempBeforeTmp) {
     setenv("TMP", "/no/such/directory", 1);
     Log::error("x");
     EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
 }
 
-TEST_F(LoggerFile, LiesInTmpWhenTempIsNotSet) {
+TEST_F(Logger, LiesInTmpWhenTempIsNotSet) {
     unsetenv("TEMP");
     setenv("TMP", temp.path().c_str(), 1);
     Log::error("x");
     EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
 }
 
-TEST_F(LoggerFile, LiesInTheCurrentDirectoryWithoutBoth) {
+TEST_F(Logger, LiesInTheCurrentDirectoryWithoutBoth) {
     unsetenv("TEMP");
     std::filesystem::current_path(temp.path());
     Log::error("x");
@@ -71,20 +61,20 @@ TEST_F(LoggerFile, LiesInTheCurrentDirectoryWithoutBoth) {
     EXPECT_EQ(fileText(temp.path() + "/CppBinding_" + pid() + "_Morvenn.log"), " [ERROR] : x\n");
 }
 
-TEST_F(LoggerFile, PathWithoutBothBeginsWithADot) {
+TEST_F(Logger, PathWithoutBothBeginsWithADot) {
     unsetenv("TEMP");
     setenv("MVHUB_CONFIG", "no/such", 1);
     EXPECT_EQ(outputOfAnError(), openFailure(".//CppBinding_" + pid() + "_no/such.log"));
 }
 
-TEST_F(LoggerFile, TempSetToAnEmptyValueCountsAsSet) {
+TEST_F(Logger, TempSetToAnEmptyValueCountsAsSet) {
     setenv("TEMP", "", 1);
     setenv("TMP", temp.path().c_str(), 1);
     setenv("MVHUB_CONFIG", "no/such", 1);
     EXPECT_EQ(outputOfAnError(), openFailure("//CppBinding_" + pid() + "_no/such.log"));
 }
 
-TEST_F(LoggerFile, ConfigurationNamesTheFile) {
+TEST_F(Logger, ConfigurationNamesTheFile) {
     const std::string values[] = {"Prod", "", "..", "%s%n", "a\r\nb", "\xff\xfe", " "};
     for (const std::string& value : values) {
         SCOPED_TRACE(value);
@@ -97,7 +87,7 @@ TEST_F(LoggerFile, ConfigurationNamesTheFile) {
     }
 }
 
-TEST_F(LoggerFile, PlaceIsChosenWhenTheFirstLineIsWritten) {
+TEST_F(Logger, PlaceIsChosenWhenTheFirstLineIsWritten) {
     Log::getInstance();
     setenv("MVHUB_CONFIG", "Later", 1);
     Log::error("x");
@@ -109,13 +99,13 @@ TEST_F(LoggerFile, PlaceIsChosenWhenTheFirstLineIsWritten) {
     EXPECT_FALSE(fileExists(logPath()));
 }
 
-TEST_F(LoggerFile, EarlierFileOfTheSameNameIsTruncated) {
+TEST_F(Logger, EarlierFileOfTheSameNameIsTruncated) {
     std::ofstream(logPath()) << "from another process\n";
     Log::error("x");
     EXPECT_EQ(fileText(logPath()), " [ERROR] : x\n");
 }
 
-TEST_F(LoggerFile, IsReadableForItsOwnerOnlyAndClosedOnExec) {
+TEST_F(Logger, IsReadableForItsOwnerOnlyAndClosedOnExec) {
     umask(0);
     Log::error("x");
     struct stat file {};
@@ -137,7 +127,7 @@ TEST_F(LoggerFile, IsReadableForItsOwnerOnlyAndClosedOnExec) {
 // --- files that are refused, like any that cannot be opened
 // ----------------------------------------
 
-TEST_F(LoggerFile, SymbolicLinkIsRefusedAndItsTargetUntouched) {
+TEST_F(Logger, SymbolicLinkIsRefusedAndItsTargetUntouched) {
     const std::string target = temp.path() + "/target";
     std::ofstream(target) << "precious";
     ASSERT_EQ(symlink(target.c_str(), logPath().c_str()), 0);
@@ -145,7 +135,7 @@ TEST_F(LoggerFile, SymbolicLinkIsRefusedAndItsTargetUntouched) {
     EXPECT_EQ(fileText(target), "precious");
 }
 
-TEST_F(LoggerFile, HardLinkIsRefusedAndItsTargetUntouched) {
+TEST_F(Logger, HardLinkIsRefusedAndItsTargetUntouched) {
     const std::string target = temp.path() + "/target";
     std::ofstream(target) << "precious";
     ASSERT_EQ(link(target.c_str(), logPath().c_str()), 0);
@@ -153,17 +143,17 @@ TEST_F(LoggerFile, HardLinkIsRefusedAndItsTargetUntouched) {
     EXPECT_EQ(fileText(target), "precious");
 }
 
-TEST_F(LoggerFile, PipeIsRefusedWithoutWaitingForAReader) {
+TEST_F(Logger, PipeIsRefusedWithoutWaitingForAReader) {
     ASSERT_EQ(mkfifo(logPath().c_str(), 0600), 0);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
 }
 
-TEST_F(LoggerFile, DirectoryIsRefused) {
+TEST_F(Logger, DirectoryIsRefused) {
     ASSERT_EQ(mkdir(logPath().c_str(), 0700), 0);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
 }
 
-TEST_F(LoggerFile, NameThatIsTooLongIsRefused) {
+TEST_F(Logger, NameThatIsTooLongIsRefused) {
     setenv("MVHUB_CONFIG", std::string(5000, 'n').c_str(), 1);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
 }
@@ -171,14 +161,14 @@ TEST_F(LoggerFile, NameThatIsTooLongIsRefused) {
 // --- after a refusal
 // ------------------------------------------------------------------------------
 
-TEST_F(LoggerFile, FailureToOpenSwitchesLoggingOff) {
+TEST_F(Logger, FailureToOpenSwitchesLoggingOff) {
     setenv("TEMP", "/no/such/directory", 1);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
     EXPECT_FALSE(Log::isError());
     EXPECT_EQ(outputOfAnError(), "") << "the failure is told once";
 }
 
-TEST_F(LoggerFile, DirectLogTriesAgainAfterAFailureToOpen) {
+TEST_F(Logger, DirectLogTriesAgainAfterAFailureToOpen) {
     const std::string place = temp.path() + "/later";
     setenv("TEMP", place.c_str(), 1);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
@@ -188,7 +178,7 @@ TEST_F(LoggerFile, DirectLogTriesAgainAfterAFailureToOpen) {
     EXPECT_FALSE(Log::isError()) << "the level stays off";
 }
 
-TEST_F(LoggerFile, FailureToOpenWithStandardOutputClosedIsSilent) {
+TEST_F(Logger, FailureToOpenWithStandardOutputClosedIsSilent) {
     setenv("TEMP", "/no/such/directory", 1);
     const Outcome outcome = statusFromFreshProcess([] {
         close(STDOUT_FILENO);
@@ -198,7 +188,7 @@ TEST_F(LoggerFile, FailureToOpenWithStandardOutputClosedIsSilent) {
     EXPECT_TRUE(outcome.good()) << outcome;
 }
 
-TEST_F(LoggerFile, FailedWriteIsIgnored) {
+TEST_F(Logger, FailedWriteIsIgnored) {
     const Outcome outcome = statusFromFreshProcess([] {
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit none{0, 0};

@@ -1,16 +1,11 @@
 // What is written, and when: levels, labels, and the order in which the level variable takes
 // effect.
-#include "morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <thread>
 
-#include "testing/GTest.h"
-#include "testing/LogFile.h"
+#include "LoggerTest.h"
 
 using namespace Morvenn::Net::MvServerProxy::TestKit;
+using Morvenn::Net::MvServerProxy::Logger;
 using Log = Morvenn::Net::MvServerProxy::Util::MvServerCppBindingLogger;
 
 namespace {
@@ -25,13 +20,6 @@ void logAtEveryLevel() {
     Log::info("i");
     Log::debug("d");
 }
-
-class Logger : public ::testing::Test {
-protected:
-    PrivateTemp temp;
-
-    void SetUp() override { unsetenv("MV_CPPBINDING_LOG_LEVEL"); }
-};
 
 }  // namespace
 

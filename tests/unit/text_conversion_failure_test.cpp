@@ -1,12 +1,10 @@
 // Conversions that fail: messages, and what is released.
-#include <gtest/gtest.h>
 #include <malloc.h>
 
-#include "IcuInterposer.h"
+#include "TextConversionTest.h"
 #include "morvenn/net/mvserverproxy/client/Exceptions.h"
 #include "testing/Failure.h"
 #include "testing/GTest.h"
-#include "util/TextConversion.h"
 
 // Present when the program is built with the address sanitizer, whose memory mallinfo2 does not
 // see.
@@ -17,14 +15,6 @@ using namespace Morvenn::Net::MvServerProxy::TestKit;
 using Client::Utf8ConversionException;
 
 namespace {
-
-class TextConversionFailure : public ::testing::Test {
-protected:
-    IcuInterposer::Settings& icu = IcuInterposer::settings;
-
-    TextConversionFailure() { icu.localCodePage = "ISO-8859-1"; }
-    ~TextConversionFailure() override { icu = {}; }
-};
 
 Failure ofToUtf8(int length = 1) {
     return failureOf([length] { Util::Internal::toUtf8("a", length); });
@@ -48,7 +38,8 @@ std::size_t allocatedBytes() {
 
 }  // namespace
 
-TEST_F(TextConversionFailure, NegativeLengthIsRefusedByIcu) {
+TEST_F(TextConversion, NegativeLengthIsRefusedByIcu) {
+    icu.localCodePage = "ISO-8859-1";
     const Failure expected =
         conversionFailure("An error occured converting " + IcuInterposer::describe("ISO-8859-1") +
                           " to Unicode.\nU_ILLEGAL_ARGUMENT_ERROR\n");
@@ -57,25 +48,27 @@ TEST_F(TextConversionFailure, NegativeLengthIsRefusedByIcu) {
     EXPECT_EQ(ofFromUtf8(-1), expected);
 }
 
-TEST_F(TextConversionFailure, ToUnicodeNamesTheLocalConverterInBothDirections) {
+// By design: both directions name the local converter for the step to Unicode and the UTF-8
+// converter for the step from it, whichever did the work.
+TEST_F(TextConversion, FailuresNameTheSameConvertersInBothDirections) {
+    icu.localCodePage = "ISO-8859-1";
     icu.toUnicodeStatus = U_INVALID_CHAR_FOUND;
-    const Failure expected =
+    const Failure toUnicode =
         conversionFailure("An error occured converting " + IcuInterposer::describe("ISO-8859-1") +
                           " to Unicode.\nU_INVALID_CHAR_FOUND\n");
-    EXPECT_EQ(ofToUtf8(), expected);
-    EXPECT_EQ(ofFromUtf8(), expected);
-}
+    EXPECT_EQ(ofToUtf8(), toUnicode);
+    EXPECT_EQ(ofFromUtf8(), toUnicode);
 
-TEST_F(TextConversionFailure, FromUnicodeNamesTheUtf8ConverterInBothDirections) {
+    icu.toUnicodeStatus = U_ZERO_ERROR;
     icu.fromUnicodeStatus = U_MEMORY_ALLOCATION_ERROR;
-    const Failure expected =
+    const Failure fromUnicode =
         conversionFailure("An error occured converting Unicode to " +
                           IcuInterposer::describe("UTF-8") + ".\nU_MEMORY_ALLOCATION_ERROR\n");
-    EXPECT_EQ(ofToUtf8(), expected);
-    EXPECT_EQ(ofFromUtf8(), expected);
+    EXPECT_EQ(ofToUtf8(), fromUnicode);
+    EXPECT_EQ(ofFromUtf8(), fromUnicode);
 }
 
-TEST_F(TextConversionFailure, FromUnicodeIsCheckedBeforeToUnicode) {
+TEST_F(TextConversion, FromUnicodeIsCheckedBeforeToUnicode) {
     icu.toUnicodeStatus = U_INVALID_CHAR_FOUND;
     icu.fromUnicodeStatus = U_ILLEGAL_CHAR_FOUND;
     EXPECT_EQ(ofToUtf8(),
@@ -83,7 +76,7 @@ TEST_F(TextConversionFailure, FromUnicodeIsCheckedBeforeToUnicode) {
                                 IcuInterposer::describe("UTF-8") + ".\nU_ILLEGAL_CHAR_FOUND\n"));
 }
 
-TEST_F(TextConversionFailure, WarningsAreNoFailures) {
+TEST_F(TextConversion, WarningsAreNoFailures) {
     icu.toUnicodeStatus = U_USING_DEFAULT_WARNING;
     EXPECT_EQ(ofToUtf8(), Failure{});
     icu.toUnicodeStatus = U_ZERO_ERROR;
@@ -91,13 +84,13 @@ TEST_F(TextConversionFailure, WarningsAreNoFailures) {
     EXPECT_EQ(ofFromUtf8(), Failure{});
 }
 
-TEST_F(TextConversionFailure, AliasesAreListedByIcu) {
+TEST_F(TextConversion, AliasesAreListedByIcu) {
     const std::string utf8 = IcuInterposer::describe("UTF-8");
     EXPECT_EQ(utf8.substr(0, 14), "UTF-8 (UTF-8, ");
     EXPECT_EQ(utf8.back(), ')');
 }
 
-TEST_F(TextConversionFailure, ConvertersAreClosedWhenAConversionFails) {
+TEST_F(TextConversion, ConvertersAreClosedWhenAConversionFails) {
     icu.fromUnicodeStatus = U_ILLEGAL_CHAR_FOUND;
     ofToUtf8();
     EXPECT_EQ(IcuInterposer::counts.opened, 2);
@@ -107,13 +100,13 @@ TEST_F(TextConversionFailure, ConvertersAreClosedWhenAConversionFails) {
 // --- converters that cannot be opened
 // ---------------------------------------------------------------
 
-TEST_F(TextConversionFailure, LocalConverterThatCannotBeOpenedStopsThere) {
+TEST_F(TextConversion, LocalConverterThatCannotBeOpenedStopsThere) {
     icu.failOpen = 1;
     EXPECT_EQ(ofToUtf8(), conversionFailure("Error opening converter U_FILE_ACCESS_ERROR\n"));
     EXPECT_EQ(IcuInterposer::counts.opened, 0) << "the UTF-8 converter is not tried";
 }
 
-TEST_F(TextConversionFailure, Utf8ConverterThatCannotBeOpened) {
+TEST_F(TextConversion, Utf8ConverterThatCannotBeOpened) {
     icu.failOpen = 2;
     icu.openStatus = U_MEMORY_ALLOCATION_ERROR;
     EXPECT_EQ(ofFromUtf8(),
@@ -121,7 +114,7 @@ TEST_F(TextConversionFailure, Utf8ConverterThatCannotBeOpened) {
 }
 
 // By design: nothing is released when a converter cannot be opened.
-TEST_F(TextConversionFailure, ConverterThatCannotBeOpenedKeepsItsBuffers) {
+TEST_F(TextConversion, ConverterThatCannotBeOpenedKeepsItsBuffers) {
     // In a child, as the memory is lost for good.
     expectInFreshProcess([this] {
         icu.failOpen = 2;

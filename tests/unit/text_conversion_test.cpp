@@ -1,15 +1,12 @@
 // Conversion between the local code page and UTF-8: sizes, seams, substitution, zero bytes. The
 // local code page is UTF-8 unless a test sets another.
-#include "util/TextConversion.h"
-
-#include <gtest/gtest.h>
-
 #include <thread>
 
-#include "IcuInterposer.h"
+#include "TextConversionTest.h"
 #include "testing/Bytes.h"
 
 using namespace Morvenn::Net::MvServerProxy::Util;
+using Morvenn::Net::MvServerProxy::TextConversion;
 using Morvenn::Net::MvServerProxy::TestKit::hex;
 using Morvenn::Net::MvServerProxy::TestKit::unhex;
 
@@ -30,11 +27,6 @@ std::string repeated(const std::string& piece, std::size_t bytes) {
     }
     return out;
 }
-
-class TextConversion : public ::testing::Test {
-protected:
-    ~TextConversion() override { IcuInterposer::settings = {}; }
-};
 
 const std::size_t kSizes[] = {1,     2,     3,     4095,  10239, 10240, 20478, 20479, 20480,
                               20481, 20482, 30719, 30720, 30721, 40959, 40960, 40961, 61441};
@@ -111,7 +103,7 @@ TEST_F(TextConversion, NulCutsItsChunkOnly) {
 }
 
 TEST_F(TextConversion, ChunkOfOutputEndsWhereItsBufferIsFull) {
-    IcuInterposer::settings.localCodePage = "ISO-8859-1";
+    icu.localCodePage = "ISO-8859-1";
     // Five bytes have room for seven: three characters of two bytes and the zero byte fill it.
     EXPECT_EQ(toUtf8(std::string("\xe9\xe9\xe9\0b", 5)),
               "\xC3\xA9\xC3\xA9\xC3\xA9"
@@ -122,13 +114,13 @@ TEST_F(TextConversion, ChunkOfOutputEndsWhereItsBufferIsFull) {
 // -------------------------------------------------------------------------------
 
 TEST_F(TextConversion, OneByteThatNeedsTwoTakesTwoPasses) {
-    IcuInterposer::settings.localCodePage = "ISO-8859-1";
+    icu.localCodePage = "ISO-8859-1";
     EXPECT_EQ(toUtf8("\xe9"), "\xC3\xA9");
     EXPECT_EQ(fromUtf8("\xC3\xA9"), "\xe9");
 }
 
 TEST_F(TextConversion, SingleByteCodePageOfEverySize) {
-    IcuInterposer::settings.localCodePage = "ISO-8859-1";
+    icu.localCodePage = "ISO-8859-1";
     for (const std::size_t size : kSizes) {
         const std::string local(size, '\xe9');
         const std::string utf8 = repeated("\xC3\xA9", 2 * size);
@@ -139,12 +131,12 @@ TEST_F(TextConversion, SingleByteCodePageOfEverySize) {
 
 // By design: substitution is not reported.
 TEST_F(TextConversion, WhatCannotBeRepresentedIsSubstituted) {
-    IcuInterposer::settings.localCodePage = "ISO-8859-1";
+    icu.localCodePage = "ISO-8859-1";
     EXPECT_EQ(fromUtf8("a\xE2\x82\xAC"
                        "b"),
               "a\x1a"
               "b");
-    IcuInterposer::settings.localCodePage = "US-ASCII";
+    icu.localCodePage = "US-ASCII";
     EXPECT_EQ(toUtf8("a\xe9"
                      "b"),
               "a\xEF\xBF\xBD"
@@ -152,7 +144,7 @@ TEST_F(TextConversion, WhatCannotBeRepresentedIsSubstituted) {
 }
 
 TEST_F(TextConversion, CodePageWithShiftsKeepsItsStateAcrossTheSeams) {
-    IcuInterposer::settings.localCodePage = "ISO-2022-JP";
+    icu.localCodePage = "ISO-2022-JP";
     const std::string utf8 = repeated("\xE6\x97\xA5\xE6\x9C\xAC", 90000);
     const std::string local = IcuInterposer::convertInOneCall("ISO-2022-JP", "UTF-8", utf8);
     EXPECT_EQ(fromUtf8(utf8), local);
@@ -160,7 +152,7 @@ TEST_F(TextConversion, CodePageWithShiftsKeepsItsStateAcrossTheSeams) {
 }
 
 TEST_F(TextConversion, DoubleByteCodePageSplitAtTheSeamConvertsWhole) {
-    IcuInterposer::settings.localCodePage = "Shift_JIS";
+    icu.localCodePage = "Shift_JIS";
     for (const std::string lead : {"", "a"}) {
         const std::string utf8 = lead + repeated("\xE6\x97\xA5", 90000);
         const std::string local = IcuInterposer::convertInOneCall("Shift_JIS", "UTF-8", utf8);

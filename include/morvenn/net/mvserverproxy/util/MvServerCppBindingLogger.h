@@ -11,7 +11,7 @@
  * | directory | "TEMP" if set, else "TMP" if set, else "."; set to an empty value counts as set |
  * | name | "MVHUB_CONFIG" if set, else "Morvenn" |
  *
- * By design: two slashes stand between directory and file. (LoggerFile.PathHoldsTwoSlashes)
+ * By design: two slashes stand between directory and file. (Logger.PathHoldsTwoSlashes)
  *
  * The level comes from "MV_CPPBINDING_LOG_LEVEL": exactly OFF, ERROR, WARN, INFO or DEBUG; anything
  * else leaves it at WARN. It is read once, by the first message that passes the built-in WARN, or
