@@ -14,7 +14,7 @@ namespace Morvenn::Net::MvServerProxy::Hub {
 struct FaultPlan {
     std::optional<unsigned> earlyStatus;        // answer this before the body is read
     std::optional<unsigned> delayMs;            // before the answer begins
-    std::optional<unsigned> dribbleMs;          // body byte by byte, with this pause after each
+    std::optional<unsigned> dribbleMs;          // body byte by byte, with this pause before each
     std::optional<std::uint64_t> cutAfter;      // close after so many body bytes
     std::optional<std::uint64_t> resetAfter;    // TCP reset after so many body bytes
     std::optional<std::int64_t> lengthError;    // Content-Length is wrong by so much

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kPaddingLine = 1000;
 constexpr std::size_t kPaddingFrame = 20;  // name, colon, blank and line end, roughly
 
-// One byte at a time, with a pause after each.
+// One byte at a time, with a pause before each.
 class DribbleSource : public Source {
 public:
     DribbleSource(SourcePtr whole, std::chrono::milliseconds pause, StopSignal& stop)

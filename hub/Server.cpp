@@ -50,6 +50,13 @@ void onCompleted(void*, MHD_Connection*, void** state, MHD_RequestTerminationCod
     }
 }
 
+// The connection's thread is about to end, its socket is closed.
+void onConnection(void* server, MHD_Connection*, void**, MHD_ConnectionNotificationCode code) {
+    if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
+        static_cast<Server*>(server)->connectionEnds();
+    }
+}
+
 __attribute__((format(printf, 2, 0))) void onLibraryMessage(void*, const char* format,
                                                             va_list arguments) {
     std::array<char, 512> text;
@@ -69,10 +76,10 @@ MHD_OptionItem option(MHD_OPTION name, const char* text) {
     return {name, 0, const_cast<char*>(text)};
 }
 
-std::vector<MHD_OptionItem> options(const ServerSettings& settings, int socket) {
+std::vector<MHD_OptionItem> options(const ServerSettings& settings) {
     std::vector<MHD_OptionItem> all = {
-        option(MHD_OPTION_LISTEN_SOCKET, static_cast<std::size_t>(socket)),
-        option(MHD_OPTION_CONNECTION_LIMIT, settings.limits.connections),
+        // The library closes connections beyond its limit; the acceptor lets none of them in.
+        option(MHD_OPTION_CONNECTION_LIMIT, settings.limits.connections * 2),
         option(MHD_OPTION_CONNECTION_TIMEOUT, settings.limits.idleSeconds),
         option(MHD_OPTION_CONNECTION_MEMORY_LIMIT,
                settings.faults ? kConnectionMemoryForFaults : kConnectionMemory),
@@ -101,15 +108,15 @@ void Server::start() {
     const int socket = openListenSocket(m_settings.address, m_settings.port);
     m_port = boundPort(socket);
     unsigned flags = MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD |
-                     MHD_USE_POLL | MHD_USE_ITC | MHD_USE_ERROR_LOG;
+                     MHD_USE_POLL | MHD_USE_ITC | MHD_USE_NO_LISTEN_SOCKET | MHD_USE_ERROR_LOG;
     if (m_settings.tls) {
         flags |= MHD_USE_TLS;
     }
     // The message option comes first, so that trouble with the other options is reported too.
     m_daemon = MHD_start_daemon(
         flags, 0, nullptr, nullptr, &onRequest, this, MHD_OPTION_EXTERNAL_LOGGER, &onLibraryMessage,
-        nullptr, MHD_OPTION_NOTIFY_COMPLETED, &onCompleted, nullptr, MHD_OPTION_ARRAY,
-        options(m_settings, socket).data(), MHD_OPTION_END);
+        nullptr, MHD_OPTION_NOTIFY_COMPLETED, &onCompleted, nullptr, MHD_OPTION_NOTIFY_CONNECTION,
+        &onConnection, this, MHD_OPTION_ARRAY, options(m_settings).data(), MHD_OPTION_END);
     if (m_daemon == nullptr) {
         ::close(socket);
         throw std::runtime_error(m_settings.tls
@@ -117,22 +124,29 @@ void Server::start() {
                                        "certificate must be PEM and belong together"
                                      : "cannot start the HTTP server: see the line above");
     }
+    m_acceptor = std::make_unique<Acceptor>(
+        socket, m_settings.limits.connections,
+        [this](int client, const sockaddr* peer, socklen_t length) {
+            return MHD_add_connection(m_daemon, client, peer, length) == MHD_YES;
+        });
+    m_acceptor->start();
 }
 
 void Server::stop() {
     if (m_daemon == nullptr) {
         return;
     }
-    const int socket = MHD_quiesce_daemon(m_daemon);
-    if (socket >= 0) {
-        ::close(socket);
-    }
     m_stopSignal.request();
+    m_acceptor->stop();
     if (!waitUntilIdle()) {
         logLine("exchanges still running are cut");
     }
     MHD_stop_daemon(m_daemon);
     m_daemon = nullptr;
+}
+
+void Server::connectionEnds() {
+    m_acceptor->release();
 }
 
 void Server::exchangeBegins() {

@@ -4,6 +4,7 @@
 // connections' threads.
 #pragma once
 
+#include "Acceptor.h"
 #include "Handler.h"
 #include "Limits.h"
 #include "StopSignal.h"
@@ -53,6 +54,7 @@ public:
     StopSignal& stopSignal() { return m_stopSignal; }
     void exchangeBegins();
     void exchangeEnds();
+    void connectionEnds();
 
 private:
     bool waitUntilIdle();
@@ -61,6 +63,7 @@ private:
     const Route m_route;
     StopSignal m_stopSignal;
     MHD_Daemon* m_daemon = nullptr;
+    std::unique_ptr<Acceptor> m_acceptor;
     std::uint16_t m_port = 0;
     std::mutex m_mutex;
     std::condition_variable m_idle;
