@@ -59,6 +59,7 @@ int runEachAlone() {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    const Kit::PrivateTemp temp;  // no log of a test lands in the folder it was started from
     const std::string filter = testing::GTEST_FLAG(filter);
     const bool namesOneTest = filter.find_first_of("*?:-") == std::string::npos;
     if (namesOneTest || testing::GTEST_FLAG(list_tests)) {
