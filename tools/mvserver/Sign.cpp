@@ -1,0 +1,125 @@
+// mvserver sign: has the server sign files.
+
+#include "Failure.h"
+#include "Json.h"
+#include "LocalFile.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "Terminal.h"
+#include "Verbs.h"
+
+#include <morvenn/net/mvserverproxy/crypto/PKCS7.h>
+
+#include <climits>
+#include <filesystem>
+
+namespace Morvenn::Net::MvServerProxy::Tools {
+namespace {
+
+using Crypto::PKCS7;
+
+struct SignOptions {
+    std::vector<std::string> files;
+    std::string outputFolder;
+    bool oneByOne = false;
+};
+
+// A signature begins as every DER sequence does.
+constexpr char kDerSequence = '\x30';
+
+std::string readItem(const std::string& path) {
+    std::string item = readFile(path);
+    if (item.empty() || item.size() > INT_MAX) {
+        throw Failure(ExitCode::LocalFile,
+                      path + " cannot be signed: it has " + std::to_string(item.size()) + " bytes",
+                      "a file to sign has at least one byte and less than 2 GiB");
+    }
+    return item;
+}
+
+std::vector<std::string> signBatch(const std::vector<std::string>& items) {
+    std::vector<const char*> data;
+    std::vector<int> sizes;
+    for (const std::string& item : items) {
+        data.push_back(item.data());
+        sizes.push_back(static_cast<int>(item.size()));
+    }
+    const std::unique_ptr<std::string[]> signatures(
+        PKCS7().sign(data.data(), static_cast<unsigned>(data.size()), sizes.data()));
+    return {signatures.get(), signatures.get() + items.size()};
+}
+
+std::vector<std::string> signEach(const std::vector<std::string>& items) {
+    std::vector<std::string> signatures;
+    for (const std::string& item : items) {
+        signatures.push_back(PKCS7().sign(item.data(), static_cast<unsigned>(item.size())));
+    }
+    return signatures;
+}
+
+std::string signaturePath(const std::string& file, const std::string& folder) {
+    const std::filesystem::path path(file);
+    return (folder.empty() ? path : folder / path.filename()).string() + ".p7s";
+}
+
+// All signatures are written before the first one gets its name.
+nlohmann::json write(const SignOptions& options, const std::vector<std::string>& signatures) {
+    std::vector<std::unique_ptr<Output>> files;
+    nlohmann::json list = nlohmann::json::array();
+    for (std::size_t i = 0; i < signatures.size(); ++i) {
+        const std::string& signature = signatures[i];
+        if (signature.empty() || signature[0] != kDerSequence) {
+            throw Failure(ExitCode::Protocol,
+                          "the server sent no signature for " + options.files[i]);
+        }
+        const std::string path = signaturePath(options.files[i], options.outputFolder);
+        files.push_back(openOutputFile(path));
+        files.back()->write(signature.data(), signature.size());
+        list.push_back(
+            {{"file", options.files[i]}, {"signature", path}, {"bytes", signature.size()}});
+    }
+    for (const std::unique_ptr<Output>& file : files) {
+        file->commit();
+    }
+    return list;
+}
+
+nlohmann::json sign(const SignOptions& options, const Context& context) {
+    std::vector<std::string> items;
+    for (const std::string& file : options.files) {
+        items.push_back(readItem(file));
+    }
+    trace(context, 1, "> " + std::to_string(items.size()) + " files to sign");
+    const nlohmann::json list =
+        write(options, options.oneByOne ? signEach(items) : signBatch(items));
+    if (!context.json) {
+        const std::unique_ptr<Output> output = standardOutput();
+        for (const nlohmann::json& entry : list) {
+            const std::string line = entry["signature"].get<std::string>() + "\n";
+            output->write(line.data(), line.size());
+        }
+        output->commit();
+    }
+    return {{"signatures", list}};
+}
+
+}  // namespace
+
+void addSign(CLI::App& app, Context& context) {
+    auto options = std::make_shared<SignOptions>();
+    CLI::App& verb = *app.add_subcommand(
+        "sign", "Have the server sign files; FILE.p7s beside each holds its detached signature");
+    verb.add_option("files", options->files, "Files to sign, all in one exchange")
+        ->type_name("FILE")
+        ->required();
+    addOption(verb, "--output-dir", options->outputFolder, "Folder for the signatures")
+        ->type_name("DIR");
+    addFlag(verb, "--one-by-one", options->oneByOne,
+            "One exchange for each file: slower, and safe with a server that may answer with fewer "
+            "signatures than it was sent files");
+    verb.callback([options, &context] {
+        context.action = [options, &context] { return sign(*options, context); };
+    });
+}
+
+}  // namespace Morvenn::Net::MvServerProxy::Tools

@@ -1,0 +1,150 @@
+// mvserver: the library's exchanges on the command line.
+
+#include "Cleanup.h"
+#include "Failure.h"
+#include "GlobalOptions.h"
+#include "Json.h"
+#include "Options.h"
+#include "OutputFile.h"
+#include "Terminal.h"
+#include "Verbs.h"
+
+#include <morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+namespace Morvenn::Net::MvServerProxy::Tools {
+
+void trace(const Context& context, int level, const std::string& line) {
+    if (context.verbosity >= level) {
+        note(dimmed(line));
+    }
+}
+
+namespace {
+
+std::string footer() {
+    std::string text = "Exit codes:\n";
+    for (const ExitCodeRow& row : kExitCodes) {
+        const std::string code = std::to_string(static_cast<int>(row.code));
+        text += "  " + code + std::string(6 - code.size(), ' ') + row.meaning + "\n";
+    }
+    return text +
+           "\nEvery option can be set by the environment variable named beside it. mvserver(1) "
+           "tells the rest.\n";
+}
+
+void print(const std::string& text) {
+    standardOutput()->write(text.data(), text.size());
+}
+
+void report(const Failure& failure, const Context& context) {
+    const bool logged = context.log != nullptr && context.log->written();
+    if (context.json) {
+        nlohmann::json error = {{"exit", static_cast<int>(failure.code())},
+                                {"kind", wordOf(failure.code())},
+                                {"message", failure.message()}};
+        if (!failure.hint().empty()) {
+            error["hint"] = failure.hint();
+        }
+        if (logged) {
+            error["log"] = context.log->file();
+        }
+        print(jsonLine({{"ok", false}, {"error", error}}));
+        return;
+    }
+    note(inRed("mvserver: ") + wordOf(failure.code()) + ": " + escaped(failure.message()));
+    if (!failure.hint().empty()) {
+        note("  try: " + failure.hint());
+    }
+    if (logged) {
+        note("  log: " + escaped(context.log->file()));
+    }
+}
+
+bool wantsJson(int argc, char** argv) {
+    const char* variable = std::getenv("MV_JSON");
+    const bool byVariable =
+        variable != nullptr && (std::string(variable) == "1" || std::string(variable) == "true");
+    return byVariable || std::any_of(argv, argv + argc, [](const char* argument) {
+               return std::string(argument) == "--json";
+           });
+}
+
+// With a level of one's own the log starts at once; otherwise the library starts it with the first
+// warning.
+void startLog(const Context& context) {
+    if (!context.logLevel.empty()) {
+        Util::MvServerCppBindingLogger::getInstance();
+    }
+}
+
+int perform(Context& context, const ProxySettings& settings) {
+    try {
+        const LogFolder log(context.logFolderOption);
+        context.log = &log;
+        try {
+            apply(settings, context);
+            startLog(context);
+            nlohmann::json result = context.action();
+            if (context.json) {
+                result["ok"] = context.exit == ExitCode::Ok;
+                print(jsonLine(result));
+            }
+        } catch (...) {
+            const Failure failure = currentFailure();
+            report(failure, context);
+            context.exit = failure.code();
+        }
+        context.log = nullptr;
+    } catch (const Failure& failure) {  // no folder for the log
+        report(failure, context);
+        context.exit = failure.code();
+    }
+    return static_cast<int>(context.exit);
+}
+
+int usageFailure(const std::string& message, const Context& context) {
+    report({ExitCode::Usage, message, "mvserver --help, or mvserver VERB --help"}, context);
+    return static_cast<int>(ExitCode::Usage);
+}
+
+int run(int argc, char** argv) {
+    installSignalHandlers();
+    Context context;
+    ProxySettings settings;
+    CLI::App app("Exchanges requests and responses with an application server.", "mvserver");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.footer(footer());
+    app.get_formatter()->column_width(36);
+    addGlobalOptions(app, context, settings);
+    for (auto* add :
+         {addSend, addEnv, addSign, addVerify, addShutdown, addDoctor, addCompletion, addVersion}) {
+        add(app, context);
+    }
+    context.json = wantsJson(argc, argv);
+    if (context.json) {
+        reportInterruptsAsJson();
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& e) {
+        return usageFailure(e.what(), context);
+    } catch (const Failure& e) {
+        report(e, context);
+        return static_cast<int>(e.code());
+    }
+    return perform(context, settings);
+}
+
+}  // namespace
+}  // namespace Morvenn::Net::MvServerProxy::Tools
+
+int main(int argc, char** argv) {
+    return Morvenn::Net::MvServerProxy::Tools::run(argc, argv);
+}
