@@ -23,7 +23,11 @@ struct FreedBy {
 using Bio = std::unique_ptr<BIO, FreedBy<BIO_free_all>>;
 using Cms = std::unique_ptr<CMS_ContentInfo, FreedBy<CMS_ContentInfo_free>>;
 using X509Store = std::unique_ptr<X509_STORE, FreedBy<X509_STORE_free>>;
-using Signers = std::unique_ptr<STACK_OF(X509), FreedBy<sk_X509_free>>;
+
+void freeStack(STACK_OF(X509) * certificates) {
+    sk_X509_free(certificates);
+}
+using Signers = std::unique_ptr<STACK_OF(X509), FreedBy<freeStack>>;
 
 // The reason of the innermost error, and what OpenSSL adds to it.
 std::string reason() {

@@ -2,9 +2,10 @@
 
 #include "CompletionScripts.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Verbs.h"
+
+#include <CLI/CLI.hpp>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
@@ -65,14 +66,12 @@ nlohmann::json complete(const CLI::App& app, const std::string& shell, const Con
 
 }  // namespace
 
-void addCompletion(CLI::App& app, Context& context) {
+void addCompletion(Verb program, Context& context) {
     auto shell = std::make_shared<std::string>();
-    CLI::App& verb = *app.add_subcommand("completion", "Print a completion script for a shell");
-    verb.add_option("shell", *shell, "bash, zsh or fish")
-        ->type_name("SHELL")
-        ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-    verb.callback([shell, &app, &context] {
+    Verb verb = program.verb("completion", "Print a completion script for a shell");
+    verb.argument("shell", *shell, "SHELL", "bash, zsh or fish").oneOf({"bash", "zsh", "fish"});
+    const CLI::App& app = program.app();
+    verb.whenChosen([shell, &app, &context] {
         context.action = [shell, &app, &context] { return complete(app, *shell, context); };
     });
 }

@@ -3,7 +3,6 @@
 #include "Failure.h"
 #include "Inspection.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Terminal.h"
 #include "Verbs.h"
@@ -107,10 +106,10 @@ nlohmann::json examine(Context& context) {
 
 }  // namespace
 
-void addDoctor(CLI::App& app, Context& context) {
-    CLI::App& verb = *app.add_subcommand(
+void addDoctor(Verb program, Context& context) {
+    Verb verb = program.verb(
         "doctor", "Show libraries, settings and log, and whether the hub can be reached");
-    verb.callback([&context] { context.action = [&context] { return examine(context); }; });
+    verb.whenChosen([&context] { context.action = [&context] { return examine(context); }; });
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Tools

@@ -2,7 +2,6 @@
 
 #include "Failure.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Terminal.h"
 #include "Verbs.h"
@@ -88,12 +87,11 @@ nlohmann::json show(const ShowOptions& options, const Context& context) {
               {"services", found}}}};
 }
 
-void addList(CLI::App& env, Context& context) {
+void addList(Verb env, Context& context) {
     auto options = std::make_shared<ListOptions>();
-    CLI::App& verb = *env.add_subcommand("list", "List environments: index, tab, name");
-    addOption(verb, "--server-version", options->version, "Only those of a version")
-        ->type_name("VERSION");
-    verb.callback([options, &context] {
+    Verb verb = env.verb("list", "List environments: index, tab, name");
+    verb.text("--server-version", options->version, "VERSION", "Only those of a version");
+    verb.whenChosen([options, &context] {
         context.action = [options, &context] {
             EnvironmentInfo info;
             return listed(options->version.empty() ? info.getEnvironments()
@@ -103,32 +101,25 @@ void addList(CLI::App& env, Context& context) {
     });
 }
 
-void addShow(CLI::App& env, Context& context) {
+void addShow(Verb env, Context& context) {
     auto options = std::make_shared<ShowOptions>();
-    CLI::App& verb = *env.add_subcommand(
-        "show", "Show one environment, and those of its services that are named");
-    verb.add_option("name", options->name, "The environment")->type_name("NAME")->required();
-    addOption(verb, "--service", options->services,
-              "Show a service, too; may be repeated (services cannot be listed)")
-        ->type_name("NAME")
-        ->expected(1)
-        ->take_all();
-    addOption(verb, "--property", options->properties,
-              "Property to show of each service; may be repeated (default: type, url, version, "
-              "description)")
-        ->type_name("KEY")
-        ->expected(1)
-        ->take_all();
-    verb.callback([options, &context] {
+    Verb verb = env.verb("show", "Show one environment, and those of its services that are named");
+    verb.argument("name", options->name, "NAME", "The environment");
+    verb.texts("--service", options->services, "NAME",
+               "Show a service, too; may be repeated (services cannot be listed)");
+    verb.texts("--property", options->properties, "KEY",
+               "Property to show of each service; may be repeated (default: type, url, version, "
+               "description)");
+    verb.whenChosen([options, &context] {
         context.action = [options, &context] { return show(*options, context); };
     });
 }
 
-void addUrl(CLI::App& env, Context& context) {
+void addUrl(Verb env, Context& context) {
     auto url = std::make_shared<std::string>();
-    CLI::App& verb = *env.add_subcommand("url", "List the environments that serve a URL");
-    verb.add_option("url", *url, "The URL, taken byte for byte")->type_name("URL")->required();
-    verb.callback([url, &context] {
+    Verb verb = env.verb("url", "List the environments that serve a URL");
+    verb.argument("url", *url, "URL", "The URL, taken byte for byte");
+    verb.whenChosen([url, &context] {
         context.action = [url, &context] {
             EnvironmentInfo info;
             return listed(info.getEnvironmentsForURL(*url), context);
@@ -138,9 +129,9 @@ void addUrl(CLI::App& env, Context& context) {
 
 }  // namespace
 
-void addEnv(CLI::App& app, Context& context) {
-    CLI::App& verb = *app.add_subcommand("env", "Look into the directory of environments");
-    verb.require_subcommand(1);
+void addEnv(Verb program, Context& context) {
+    Verb verb = program.verb("env", "Look into the directory of environments");
+    verb.needsVerb();
     addList(verb, context);
     addShow(verb, context);
     addUrl(verb, context);

@@ -1,13 +1,13 @@
 #include "GlobalOptions.h"
 
-#include "Options.h"
-
 #include <cstdlib>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
 
-constexpr char kGroup[] = "Options of every verb";
+// Seconds.
+constexpr double kShortest = 0.001;
+constexpr double kLongest = 1e6;
 
 void put(const char* variable, const std::string& value) {
     if (!value.empty()) {
@@ -21,49 +21,44 @@ void putMilliseconds(const char* variable, double seconds) {
     }
 }
 
-void addSeconds(CLI::App& app, const char* name, double& value, const char* help) {
-    addOption(app, name, value, help)
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 1e6))
-        ->group(kGroup);
-}
-
 }  // namespace
 
-void addGlobalOptions(CLI::App& app, Context& context, ProxySettings& settings) {
-    addFlag(app, "--json", context.json, "Print one JSON object, for results and for errors")
-        ->group(kGroup);
-    addFlag(app, "-v,--verbose", context.verbosity,
-            "Show the exchange on standard error, secrets left out; twice shows more")
-        ->group(kGroup);
-    addFlag(app, "--progress,!--no-progress", context.progress,
-            "Show a progress meter on standard error (default: on a terminal, unless the data goes "
-            "there, too)")
-        ->group(kGroup);
-    addOption(app, "--hub", settings.hub,
-              "Base URL of the communication service; http://127.0.0.1:16064 when not given")
-        ->type_name("URL")
-        ->envname("MV_SERVERPROXY_HUB")
-        ->group(kGroup);
-    addOption(app, "--ca-file", settings.caFile, "Certificates that https servers are checked with")
-        ->type_name("FILE")
-        ->envname("MV_SERVERPROXY_CA_FILE")
-        ->group(kGroup);
-    addSeconds(app, "--timeout", settings.timeout, "Limit for a whole exchange");
-    addSeconds(app, "--connect-timeout", settings.connectTimeout, "Limit for connecting (30)");
-    addSeconds(app, "--idle-timeout", settings.idleTimeout,
-               "Limit for the time without a byte moving (300)");
-    addOption(
-        app, "--log-dir", context.logFolderOption,
-        "Folder for the library's log (default: a private temporary one, removed when nothing "
-        "was logged)")
-        ->type_name("DIR")
-        ->group(kGroup);
-    addOption(app, "--log-level", context.logLevel, "Level of the library's log (WARN)")
-        ->type_name("LEVEL")
-        ->envname("MV_CPPBINDING_LOG_LEVEL")
-        ->check(CLI::IsMember({"OFF", "ERROR", "WARN", "INFO", "DEBUG"}))
-        ->group(kGroup);
+void addGlobalOptions(Verb program, Context& context, ProxySettings& settings) {
+    Option options[] = {
+        program.flag("--json", context.json, "Print one JSON object, for results and for errors"),
+        program.counter("-v,--verbose", context.verbosity,
+                        "Show the exchange on standard error, secrets left out; twice shows more"),
+        program.flag("--progress,!--no-progress", context.progress,
+                     "Show a progress meter on standard error (default: on a terminal, unless the "
+                     "data goes there, too)"),
+        program
+            .text("--hub", settings.hub, "URL",
+                  "Base URL of the communication service; http://127.0.0.1:16064 when not given")
+            .variable("MV_SERVERPROXY_HUB"),
+        program
+            .text("--ca-file", settings.caFile, "FILE",
+                  "Certificates that https servers are checked with")
+            .variable("MV_SERVERPROXY_CA_FILE"),
+        program.number("--timeout", settings.timeout, "SECONDS", "Limit for a whole exchange")
+            .between(kShortest, kLongest),
+        program
+            .number("--connect-timeout", settings.connectTimeout, "SECONDS",
+                    "Limit for connecting (30)")
+            .between(kShortest, kLongest),
+        program
+            .number("--idle-timeout", settings.idleTimeout, "SECONDS",
+                    "Limit for the time without a byte moving (300)")
+            .between(kShortest, kLongest),
+        program.text("--log-dir", context.logFolderOption, "DIR",
+                     "Folder for the library's log (default: a private temporary one, removed when "
+                     "nothing was logged)"),
+        program.text("--log-level", context.logLevel, "LEVEL", "Level of the library's log (WARN)")
+            .variable("MV_CPPBINDING_LOG_LEVEL")
+            .oneOf({"OFF", "ERROR", "WARN", "INFO", "DEBUG"}),
+    };
+    for (Option& option : options) {
+        option.group("Options of every verb");
+    }
 }
 
 void apply(const ProxySettings& settings, const Context& context) {

@@ -2,10 +2,7 @@
 #pragma once
 
 #include "Context.h"
-
-namespace CLI {
-class App;
-}
+#include "Options.h"
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
@@ -14,12 +11,12 @@ namespace Morvenn::Net::MvServerProxy::Tools {
 struct ProxySettings {
     std::string hub;
     std::string caFile;
-    double timeout = 0;
+    double timeout = 0;  // seconds
     double connectTimeout = 0;
     double idleTimeout = 0;
 };
 
-void addGlobalOptions(CLI::App& app, Context& context, ProxySettings& settings);
+void addGlobalOptions(Verb program, Context& context, ProxySettings& settings);
 
 // Puts into the environment what was given.
 void apply(const ProxySettings& settings, const Context& context);

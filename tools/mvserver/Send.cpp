@@ -5,7 +5,6 @@
 #include "Failure.h"
 #include "Headers.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Redact.h"
 #include "SessionFile.h"
@@ -40,6 +39,7 @@ struct SendOptions {
 
 constexpr std::size_t kBlock = 16384;
 constexpr std::size_t kShownOfFailure = 300;
+constexpr int kMostDescriptors = 1 << 20;
 
 // Collects a body for the JSON result.
 class TextOutput : public Output {
@@ -224,60 +224,46 @@ void check(const SendOptions& options) {
     }
 }
 
-void addCredentialOptions(CLI::App& verb, CredentialOptions& credentials) {
-    constexpr char kGroup[] = "A forward proxy's credentials (asked for on the terminal otherwise)";
-    addOption(verb, "--user", credentials.user, "User name")->type_name("NAME")->group(kGroup);
-    addOption(verb, "--domain", credentials.domain, "Domain of the user")
-        ->type_name("NAME")
-        ->group(kGroup);
-    auto* file = addOption(verb, "--password-file", credentials.passwordFile,
-                           "File whose first line is the password")
-                     ->type_name("FILE")
-                     ->group(kGroup);
-    addOption(verb, "--password-fd", credentials.passwordDescriptor,
-              "Open descriptor whose first line is the password")
-        ->type_name("N")
-        ->check(CLI::Range(0, 1 << 20))
-        ->excludes(file)
-        ->group(kGroup);
+void addCredentialOptions(Verb verb, CredentialOptions& credentials) {
+    Option file = verb.text("--password-file", credentials.passwordFile, "FILE",
+                            "File whose first line is the password");
+    Option options[] = {
+        verb.text("--user", credentials.user, "NAME", "User name"),
+        verb.text("--domain", credentials.domain, "NAME", "Domain of the user"),
+        file,
+        verb.number("--password-fd", credentials.passwordDescriptor, "N",
+                    "Open descriptor whose first line is the password")
+            .between(0, kMostDescriptors)
+            .excludes(file),
+    };
+    for (Option& option : options) {
+        option.group("A forward proxy's credentials (asked for on the terminal otherwise)");
+    }
 }
 
 }  // namespace
 
-void addSend(CLI::App& app, Context& context) {
+void addSend(Verb program, Context& context) {
     auto options = std::make_shared<SendOptions>();
-    CLI::App& verb = *app.add_subcommand("send", "Send a request and print the response's body");
-    addOption(verb, "-H,--header", options->headers, "Request header; may be repeated")
-        ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->take_all();
-    addOption(verb, "--url", options->url, "Server to call (header Base-Full-Url)")
-        ->type_name("URL");
-    addOption(verb, "--env", options->environment, "Environment to call (header Env-Name)")
-        ->type_name("NAME");
-    addOption(
-        verb, "-d,--data", options->data,
-        "Body: a text, @FILE, or - for standard input; repeated, one exchange for each, all in "
-        "one session")
-        ->type_name("TEXT|@FILE|-")
-        ->expected(1)
-        ->take_all()
-        ->required();
-    addOption(verb, "-o,--output", options->outputs,
-              "File for the response's body, there only when it is complete; one for each -d")
-        ->type_name("FILE")
-        ->expected(1)
-        ->take_all();
-    auto* stream =
-        addFlag(verb, "--stream", options->stream, "Send the body piece by piece (default)");
-    addFlag(verb, "--text", options->text, "Send the body in one piece")->excludes(stream);
-    addFlag(verb, "--compressed", options->compressed, "Ask for a compressed response");
-    addFlag(verb, "--fail", options->fail, "Exit with 22 when the server answers 400 or above");
-    addOption(verb, "--session", options->session,
-              "File that keeps the session id between calls; made when missing")
-        ->type_name("FILE");
+    Verb verb = program.verb("send", "Send a request and print the response's body");
+    verb.texts("-H,--header", options->headers, "NAME=VALUE", "Request header; may be repeated");
+    verb.text("--url", options->url, "URL", "Server to call (header Base-Full-Url)");
+    verb.text("--env", options->environment, "NAME", "Environment to call (header Env-Name)");
+    verb.texts("-d,--data", options->data, "TEXT|@FILE|-",
+               "Body: a text, @FILE, or - for standard input; repeated, one exchange for each, all "
+               "in one session")
+        .required();
+    verb.texts("-o,--output", options->outputs, "FILE",
+               "File for the response's body, there only when it is complete; one for each -d");
+    const Option stream =
+        verb.flag("--stream", options->stream, "Send the body piece by piece (default)");
+    verb.flag("--text", options->text, "Send the body in one piece").excludes(stream);
+    verb.flag("--compressed", options->compressed, "Ask for a compressed response");
+    verb.flag("--fail", options->fail, "Exit with 22 when the server answers 400 or above");
+    verb.text("--session", options->session, "FILE",
+              "File that keeps the session id between calls; made when missing");
     addCredentialOptions(verb, options->credentials);
-    verb.callback([options, &context] {
+    verb.whenChosen([options, &context] {
         check(*options);
         context.action = [options, &context] { return Sender(*options, context).run(); };
     });

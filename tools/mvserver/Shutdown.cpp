@@ -2,7 +2,6 @@
 
 #include "Headers.h"
 #include "Json.h"
-#include "Options.h"
 #include "Redact.h"
 #include "SessionFile.h"
 #include "Verbs.h"
@@ -42,16 +41,12 @@ nlohmann::json shutDown(const ShutdownOptions& options, const Context& context) 
 
 }  // namespace
 
-void addShutdown(CLI::App& app, Context& context) {
+void addShutdown(Verb program, Context& context) {
     auto options = std::make_shared<ShutdownOptions>();
-    CLI::App& verb = *app.add_subcommand("shutdown", "Ask the server to shut down");
-    addOption(verb, "-H,--header", options->headers, "Request header; may be repeated")
-        ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->take_all();
-    addOption(verb, "--session", options->session, "File that holds a session id")
-        ->type_name("FILE");
-    verb.callback([options, &context] {
+    Verb verb = program.verb("shutdown", "Ask the server to shut down");
+    verb.texts("-H,--header", options->headers, "NAME=VALUE", "Request header; may be repeated");
+    verb.text("--session", options->session, "FILE", "File that holds a session id");
+    verb.whenChosen([options, &context] {
         context.action = [options, &context] { return shutDown(*options, context); };
     });
 }

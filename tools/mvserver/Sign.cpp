@@ -3,7 +3,6 @@
 #include "Failure.h"
 #include "Json.h"
 #include "LocalFile.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Terminal.h"
 #include "Verbs.h"
@@ -105,19 +104,16 @@ nlohmann::json sign(const SignOptions& options, const Context& context) {
 
 }  // namespace
 
-void addSign(CLI::App& app, Context& context) {
+void addSign(Verb program, Context& context) {
     auto options = std::make_shared<SignOptions>();
-    CLI::App& verb = *app.add_subcommand(
+    Verb verb = program.verb(
         "sign", "Have the server sign files; FILE.p7s beside each holds its detached signature");
-    verb.add_option("files", options->files, "Files to sign, all in one exchange")
-        ->type_name("FILE")
-        ->required();
-    addOption(verb, "--output-dir", options->outputFolder, "Folder for the signatures")
-        ->type_name("DIR");
-    addFlag(verb, "--one-by-one", options->oneByOne,
-            "One exchange for each file: slower, and safe with a server that may answer with fewer "
-            "signatures than it was sent files");
-    verb.callback([options, &context] {
+    verb.arguments("files", options->files, "FILE", "Files to sign, all in one exchange");
+    verb.text("--output-dir", options->outputFolder, "DIR", "Folder for the signatures");
+    verb.flag("--one-by-one", options->oneByOne,
+              "One exchange for each file: slower, and safe with a server that may answer with "
+              "fewer signatures than it was sent files");
+    verb.whenChosen([options, &context] {
         context.action = [options, &context] { return sign(*options, context); };
     });
 }

@@ -2,20 +2,17 @@
 #pragma once
 
 #include "Context.h"
-
-namespace CLI {
-class App;
-}
+#include "Options.h"
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
-void addSend(CLI::App& app, Context& context);
-void addEnv(CLI::App& app, Context& context);
-void addSign(CLI::App& app, Context& context);
-void addVerify(CLI::App& app, Context& context);
-void addShutdown(CLI::App& app, Context& context);
-void addDoctor(CLI::App& app, Context& context);
-void addCompletion(CLI::App& app, Context& context);
-void addVersion(CLI::App& app, Context& context);
+void addSend(Verb program, Context& context);
+void addEnv(Verb program, Context& context);
+void addSign(Verb program, Context& context);
+void addVerify(Verb program, Context& context);
+void addShutdown(Verb program, Context& context);
+void addDoctor(Verb program, Context& context);
+void addCompletion(Verb program, Context& context);
+void addVersion(Verb program, Context& context);
 
 }  // namespace Morvenn::Net::MvServerProxy::Tools

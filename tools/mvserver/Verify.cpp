@@ -3,7 +3,6 @@
 #include "Cms.h"
 #include "Failure.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Terminal.h"
 #include "Verbs.h"
@@ -50,19 +49,17 @@ nlohmann::json verify(const VerifyOptions& options, const Context& context) {
 
 }  // namespace
 
-void addVerify(CLI::App& app, Context& context) {
+void addVerify(Verb program, Context& context) {
     auto options = std::make_shared<VerifyOptions>();
-    CLI::App& verb = *app.add_subcommand(
-        "verify", std::string("Check the signatures of files (") + kWhoVerifies + ")");
-    verb.add_option("files", options->files, "Signed files")->type_name("FILE")->required();
-    addOption(verb, "--ca", options->authorities,
+    Verb verb =
+        program.verb("verify", std::string("Check the signatures of files (") + kWhoVerifies + ")");
+    verb.arguments("files", options->files, "FILE", "Signed files");
+    verb.text("--ca", options->authorities, "FILE",
               "Certificates to trust, in PEM form; no others are trusted")
-        ->type_name("FILE")
-        ->required();
-    addOption(verb, "--signature", options->signature,
-              "Signature of the one file (default: the file's name and .p7s)")
-        ->type_name("FILE");
-    verb.callback([options, &context] {
+        .required();
+    verb.text("--signature", options->signature, "FILE",
+              "Signature of the one file (default: the file's name and .p7s)");
+    verb.whenChosen([options, &context] {
         if (!options->signature.empty() && options->files.size() != 1) {
             throw Failure(ExitCode::Usage, "--signature goes with exactly one file");
         }

@@ -4,12 +4,12 @@
 #include "Failure.h"
 #include "GlobalOptions.h"
 #include "Json.h"
-#include "Options.h"
 #include "OutputFile.h"
 #include "Terminal.h"
 #include "Verbs.h"
 
 #include <morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h>
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cstdlib>
@@ -120,10 +120,11 @@ int run(int argc, char** argv) {
     app.fallthrough();
     app.footer(footer());
     app.get_formatter()->column_width(36);
-    addGlobalOptions(app, context, settings);
+    app.set_version_flag("--version", "mvserver " MV_TOOL_VERSION);
+    addGlobalOptions(Verb(app), context, settings);
     for (auto* add :
          {addSend, addEnv, addSign, addVerify, addShutdown, addDoctor, addCompletion, addVersion}) {
-        add(app, context);
+        add(Verb(app), context);
     }
     context.json = wantsJson(argc, argv);
     if (context.json) {
