@@ -5,7 +5,6 @@
 #include <morvenn/net/mvserverproxy/client/Exceptions.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -22,9 +21,9 @@ bool holdsAny(const std::string& text, std::initializer_list<const char*> words)
 }
 
 // The library's classes do not tell a time limit or refused credentials from other failures to
-// connect; the words of the default proxy's error texts do.
+// connect. The texts of the default proxy do: each names the setting of the limit that ran out.
 Failure connectionFailure(const std::string& message) {
-    if (holdsAny(message, {"timed out", "Timeout was reached", "(curl 28)"})) {
+    if (holdsAny(message, {"_TIMEOUT_MS", "timed out"})) {
         return {ExitCode::Timeout, message, "raise --timeout, --connect-timeout or --idle-timeout"};
     }
     if (holdsAny(message, {"credential"})) {

@@ -8,9 +8,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kInterval(100);
 
-std::string formatted(const char* format, double value) {
+std::string withDecimals(int decimals, double value) {
     char text[32];
-    std::snprintf(text, sizeof text, format, value);
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
 }
 
@@ -64,13 +64,13 @@ void Progress::show() {
 std::string humanSize(double bytes) {
     static constexpr const char* kUnits[] = {" KiB", " MiB", " GiB", " TiB"};
     if (bytes < 1024) {
-        return formatted("%.0f B", bytes);
+        return withDecimals(0, bytes) + " B";
     }
     std::size_t unit = 0;
     for (bytes /= 1024; bytes >= 1024 && unit < 3; ++unit) {
         bytes /= 1024;
     }
-    return formatted("%.1f", bytes) + kUnits[unit];
+    return withDecimals(1, bytes) + kUnits[unit];
 }
 
 std::string progressLine(std::uint64_t sent, std::uint64_t toSend, std::uint64_t received,

@@ -5,7 +5,7 @@
 
 #include "Failure.h"
 
-#include <cctype>
+#include <morvenn/net/mvserverproxy/proxy/MvServerProxy.h>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
