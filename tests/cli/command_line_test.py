@@ -69,7 +69,9 @@ class Variables(CommandLineTest):
         self.assertEqual(0, done.returncode)
 
     def test_a_bad_value_in_a_variable_is_a_usage_error(self):
-        self.assertIn(b"MV_TIMEOUT", self.run_with(2, MV_TIMEOUT="soon").stderr)
+        text = self.run_with(2, MV_TIMEOUT="soon").stderr
+        self.assertIn(b"--timeout: Value soon", text)
+        self.assertIn(b"MV_... variables", text)
 
     def test_the_log_folder_and_level(self):
         logs = self.folder / "logs"

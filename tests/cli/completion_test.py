@@ -1,6 +1,6 @@
 """Completion scripts: the committed ones are current, and bash's completes."""
 
-import shutil
+import re
 import subprocess
 import unittest
 
@@ -28,9 +28,8 @@ class Completion(CommandLineTest):
 
     def test_the_scripts_are_valid_for_their_shells(self):
         for shell, name in FILES.items():
-            if shell == "bash" or shutil.which(shell):
-                with self.subTest(shell=shell):
-                    subprocess.run([shell, "-n", SOURCES / "completions" / name], check=True)
+            with self.subTest(shell=shell):
+                subprocess.run([shell, "-n", SOURCES / "completions" / name], check=True)
 
     def test_bash_completes_verbs(self):
         self.assertEqual(["send", "env", "sign", "verify", "shutdown", "doctor", "completion",
@@ -46,8 +45,6 @@ class Completion(CommandLineTest):
         self.assertEqual(["--json"], self.complete("env", "list", "--js"))
 
     def test_every_option_of_help_is_completed(self):
-        import re
-
         for verb in (["send"], ["env", "list"], ["env", "show"], ["sign"], ["verify"],
                      ["shutdown"], ["doctor"]):
             text = self.succeed(*verb, "--help").stdout.decode()

@@ -5,6 +5,7 @@ import os
 import pathlib
 import re
 import subprocess
+import termios
 import unittest
 
 from harness import LIMIT, PROGRAM, CommandLineTest, OnTerminal, fixed_answer
@@ -147,8 +148,6 @@ class FromPrompt(ForwardProxy):
         self.assertNotIn(b"canary", shown)
 
     def test_an_interrupt_at_the_prompt_turns_the_echo_on_again(self):
-        import termios
-
         terminal = self.terminal()
         terminal.read_until(b"User for")
         terminal.type(b"joe\n")

@@ -1,6 +1,6 @@
 """Runs mvserver, mvhub and small scripted servers. Everything stays on 127.0.0.1."""
 
-import http.server
+import fcntl
 import json
 import os
 import pathlib
@@ -10,6 +10,7 @@ import shutil
 import socket
 import subprocess
 import tempfile
+import termios
 import threading
 import unittest
 
@@ -248,7 +249,4 @@ class OnTerminal:
 
 
 def take_terminal(slave):
-    import fcntl
-    import termios
-
     fcntl.ioctl(slave, termios.TIOCSCTTY, 0)

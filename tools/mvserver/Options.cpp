@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cctype>
+#include <cstdint>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
@@ -46,7 +47,8 @@ Option& Option::group(const std::string& title) {
 }
 
 Option& Option::between(double least, double most) {
-    m_option->check(CLI::Range(least, most));
+    CLI::Range range(least, most);
+    m_option->check(range.description(""));
     return *this;
 }
 
@@ -68,7 +70,8 @@ Option Verb::flag(const std::string& names, bool& value, const std::string& help
 }
 
 Option Verb::flag(const std::string& names, std::optional<bool>& value, const std::string& help) {
-    return Option(*m_app->add_flag(names, value, help)->envname(variableOf(names)));
+    const auto set = [&value](std::int64_t count) { value = count > 0; };
+    return Option(*m_app->add_flag_function(names, set, help)->envname(variableOf(names)));
 }
 
 Option Verb::counter(const std::string& names, int& value, const std::string& help) {

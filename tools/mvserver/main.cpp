@@ -107,7 +107,9 @@ int perform(Context& context, const ProxySettings& settings) {
 }
 
 int usageFailure(const std::string& message, const Context& context) {
-    report({ExitCode::Usage, message, "mvserver --help, or mvserver VERB --help"}, context);
+    report({ExitCode::Usage, message,
+            "mvserver --help, or mvserver VERB --help; values may also come from MV_... variables"},
+           context);
     return static_cast<int>(ExitCode::Usage);
 }
 
@@ -118,7 +120,6 @@ int run(int argc, char** argv) {
     CLI::App app("Exchanges requests and responses with an application server.", "mvserver");
     app.require_subcommand(1);
     app.fallthrough();
-    app.footer(footer());
     app.get_formatter()->column_width(36);
     app.set_version_flag("--version", "mvserver " MV_TOOL_VERSION);
     addGlobalOptions(Verb(app), context, settings);
@@ -126,6 +127,7 @@ int run(int argc, char** argv) {
          {addSend, addEnv, addSign, addVerify, addShutdown, addDoctor, addCompletion, addVersion}) {
         add(Verb(app), context);
     }
+    app.footer(footer());  // last: verbs made earlier do not take it over
     context.json = wantsJson(argc, argv);
     if (context.json) {
         reportInterruptsAsJson();
