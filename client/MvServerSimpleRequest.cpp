@@ -27,13 +27,23 @@ void handOver(const std::string& text, char** response) {
 
 // The body with its terminating zero, to be read through a stream.
 // By design: one string buffer for every byte is allocated and the first is used; the array is
-// never released. (SimpleRequest.RetainsOneStringBufferForEveryByteOfTheBody)
-std::stringbuf* keepBody(const char* body) {
-    const std::size_t size = std::strlen(body) + 1;
-    auto* buffers = new std::stringbuf[size];
-    buffers->sputn(body, static_cast<std::streamsize>(size));
-    return buffers;
-}
+// never released, the text is. (SimpleRequest.RetainsOneStringBufferForEveryByteOfTheBody)
+class Body {
+public:
+    explicit Body(const char* text)
+        : m_size(std::strlen(text) + 1), m_buffers(new std::stringbuf[m_size]) {
+        m_buffers->sputn(text, static_cast<std::streamsize>(m_size));
+    }
+    Body(const Body&) = delete;
+    Body& operator=(const Body&) = delete;
+    ~Body() { std::stringbuf().swap(*m_buffers); }
+
+    std::stringbuf* buffer() const { return m_buffers; }
+
+private:
+    std::size_t m_size;
+    std::stringbuf* m_buffers;
+};
 
 }  // namespace
 
@@ -50,8 +60,9 @@ int MvServerSimpleRequest(const char* baseFullUrl, const char* requestBody, cons
     request.setHeader(HeaderKeys::kAppXml, appXml);
     request.setHeader(HeaderKeys::kXmlRpcText, xmlRpc);
     request.setHeader(HeaderKeys::kBaseFullUrl, baseFullUrl);
-    std::istream body(keepBody(requestBody));
-    request.setBody(&body);
+    const Body body(requestBody);
+    std::istream stream(body.buffer());
+    request.setBody(&stream);
     try {
         handOver(request.execute(), response);
         return 0;

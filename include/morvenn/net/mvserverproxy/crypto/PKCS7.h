@@ -77,7 +77,8 @@ public:
 
     /**
      * Signs one item.
-     * By design: the array behind the result is never released, one std::string for each call.
+     * By design: the array behind the result is never released, one std::string with its signature
+     * for each call.
      * (Pkcs7.SingleFormsKeepTheirOneElementArray)
      * @throws Client::MSPRuntimeException type -1 when the answer has no entry.
      */
