@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "morvenn/net/mvserverproxy/client/MvServerRequest.h"
@@ -23,53 +24,55 @@ using Client::Credential;
 
 namespace {
 
-// Its first and last characters, and the password itself, in local text, in UTF-8 and in UTF-16.
+// Its first and last characters, in local text, in UTF-8 and in UTF-16. Nothing here comes from the
+// heap but the long password, which is put together in one piece: what the test itself releases is
+// not to be found in blocks that are used again.
 struct Canary {
-    std::string password;
+    std::string_view password;
     const char* localCodePage;
-    std::vector<std::string> traces;
+    std::vector<std::string_view> traces;
 };
 
-std::string utf16(const std::string& ascii) {
-    std::string units;
-    for (const char c : ascii) {
-        units += {c, '\0'};
-    }
-    return units;
+std::string_view utf16(std::u16string_view units) {
+    return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t)};
 }
 
 const Canary& ascii() {
     static const Canary canary{
         "C4n4ryBegin-in-the-middle-Pa55wordEnd",
         "UTF-8",
-        {"C4n4ryBegin", "Pa55wordEnd", utf16("C4n4ryBegin"), utf16("Pa55wordEnd")}};
+        {"C4n4ryBegin", "Pa55wordEnd", utf16(u"C4n4ryBegin"), utf16(u"Pa55wordEnd")}};
     return canary;
 }
 
 // "Kanäri" and "Wörter" in ISO-8859-1, so that local text and UTF-8 differ.
 const Canary& nonAscii() {
-    static const Canary canary{"Kan\xE4ri-Begin-in-the-middle-W\xF6rter-End",
-                               "ISO-8859-1",
-                               {"Kan\xE4ri-Begin", "W\xF6rter-End", "Kan\xC3\xA4ri-Begin",
-                                "W\xC3\xB6rter-End", utf16("ri-Begin"), utf16("rter-End")}};
+    static const Canary canary{
+        "Kan\xE4ri-Begin-in-the-middle-W\xF6rter-End",
+        "ISO-8859-1",
+        {"Kan\xE4ri-Begin", "W\xF6rter-End", "Kan\xC3\xA4ri-Begin", "W\xC3\xB6rter-End",
+         utf16(u"Kan\u00E4ri-Begin"), utf16(u"W\u00F6rter-End")}};
     return canary;
 }
 
 // A password beyond every buffer of the conversion.
 const Canary& longText() {
-    static const Canary canary = [] {
-        Canary result = ascii();
-        while (result.password.size() < 70000) {
-            result.password += result.password;
+    static const std::string password = [] {
+        std::string text;
+        text.reserve(80000);
+        while (text.size() < 70000) {
+            text += ascii().password;
         }
-        return result;
+        return text;
     }();
+    static const Canary canary{password, ascii().localCodePage, ascii().traces};
     return canary;
 }
 
 // The application's own credential, never released.
 const Credential& credentialOf(const Canary& canary) {
-    static const Credential credential("a-user-name-for-the-gateway", canary.password, "DOMAIN");
+    static const std::string password(canary.password);
+    static const Credential credential("a-user-name-for-the-gateway", password, "DOMAIN");
     return credential;
 }
 
@@ -85,7 +88,7 @@ private:
 };
 
 bool holds(const std::string& text, const Canary& canary) {
-    for (const std::string& trace : canary.traces) {
+    for (const std::string_view trace : canary.traces) {
         if (text.find(trace) != std::string::npos) {
             return true;
         }
@@ -127,7 +130,7 @@ std::string runAndLook(const Case& c) {
 // In the child: nothing may be printed that holds the password, so only verdicts are.
 int verdict(const Canary& canary, const Case& c) {
     IcuInterposer::settings.localCodePage = canary.localCodePage;
-    for (const std::string& trace : canary.traces) {
+    for (const std::string_view trace : canary.traces) {
         ReleasedMemory::lookFor(trace);
     }
     SilentProxy::behaviour = c.proxy;
@@ -161,7 +164,7 @@ void expectNoTrace(const Canary& canary, const Case& c) {
     TestKit::setLogLevel("DEBUG");
     credentialOf(canary);
     const TestKit::Outcome child =
-        TestKit::inFreshProcess(std::function<int()>([&] { return verdict(canary, c); }));
+        TestKit::statusFromFreshProcess([&] { return verdict(canary, c); });
     EXPECT_TRUE(child.good()) << child;
     EXPECT_FALSE(holds(child.output, canary)) << "the password is on standard output";
 }
@@ -245,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(Passwords, PasswordCanary, ::testing::Values(&ascii, &n
 
 // Were it blind, everything above would pass.
 TEST(ReleasedMemory, BlocksThatHoldTheBytesAreFound) {
-    const TestKit::Outcome child = TestKit::inFreshProcess(std::function<int()>([] {
+    const TestKit::Outcome child = TestKit::statusFromFreshProcess([] {
         ReleasedMemory::lookFor("a text to look for");
         ReleasedMemory::look(true);
         {
@@ -254,6 +257,6 @@ TEST(ReleasedMemory, BlocksThatHoldTheBytesAreFound) {
         }
         ReleasedMemory::look(false);
         return ReleasedMemory::found() > 0 ? 0 : 1;
-    }));
+    });
     EXPECT_TRUE(child.good()) << child;
 }
