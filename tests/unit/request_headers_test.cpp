@@ -104,10 +104,11 @@ TEST_F(RequestHeaders, ConvertedTextIsLoggedAtDebugLevel) {
 // --- failures -----------------------------------------------------------------------------------
 
 TEST_F(RequestHeaders, ConversionFailureIsALocalFailureAndNothingIsSent) {
-    IcuInterposer::settings.failOpen = 1;
+    IcuInterposer::settings.toUnicodeStatus = U_INVALID_CHAR_FOUND;
     const std::string message =
         "Exception occurred while converting to UTF-8 bytes."
-        "Error opening converter U_FILE_ACCESS_ERROR\n";
+        "An error occured converting " +
+        IcuInterposer::describe("UTF-8") + " to Unicode.\nU_INVALID_CHAR_FOUND\n";
     EXPECT_EQ(failureOf([this] { request.submitRequestHeader(); }),
               failure<MSPRuntimeException>(-1, message));
     EXPECT_EQ(proxy.calls(), Calls{});

@@ -135,13 +135,14 @@ TEST_F(Session, IdIsKeptInTheLocalCodePage) {
 
 TEST_F(Session, IdThatCannotBeConvertedLeavesAsAConversionFailure) {
     proxy.answers(block(kIdS + "\n"));
-    IcuInterposer::settings.failOpen = 1;
+    IcuInterposer::settings.toUnicodeStatus = U_INVALID_CHAR_FOUND;
     {
         MvServerRequest request(&session);
         request.setBody("x");
-        EXPECT_EQ(
-            failureOf([&] { request.send(); }),
-            failure<Utf8ConversionException>(0, "Error opening converter U_FILE_ACCESS_ERROR\n"));
+        EXPECT_EQ(failureOf([&] { request.send(); }),
+                  failure<Utf8ConversionException>(0, "An error occured converting " +
+                                                          IcuInterposer::describe("UTF-8") +
+                                                          " to Unicode.\nU_INVALID_CHAR_FOUND\n"));
     }
     EXPECT_EQ(proxy.calls(), (Calls{send("\r\nx"), sendEof(), receive(), complete()}));
     EXPECT_EQ(lines(), (Lines{" [INFO ] : Now receiving the response",

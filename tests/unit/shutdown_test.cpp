@@ -87,9 +87,11 @@ TEST_F(Shutdown, FailureOfTheEndMarkerIsRaisedAndCompletesNothing) {
 }
 
 TEST_F(Shutdown, TextThatCannotBeConvertedLeavesAsAConversionFailure) {
-    IcuInterposer::settings.failOpen = 1;
+    IcuInterposer::settings.toUnicodeStatus = U_INVALID_CHAR_FOUND;
     EXPECT_EQ(failureOf([this] { request->shutdownServer(); }),
-              failure<Utf8ConversionException>(0, "Error opening converter U_FILE_ACCESS_ERROR\n"));
+              failure<Utf8ConversionException>(0, "An error occured converting " +
+                                                      IcuInterposer::describe("UTF-8") +
+                                                      " to Unicode.\nU_INVALID_CHAR_FOUND\n"));
     EXPECT_EQ(proxy.calls(), Calls{});
     EXPECT_EQ(lines(), Lines{});
 }

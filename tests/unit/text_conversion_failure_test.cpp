@@ -100,22 +100,27 @@ TEST_F(TextConversion, ConvertersAreClosedWhenAConversionFails) {
 // --- converters that cannot be opened
 // ---------------------------------------------------------------
 
+// In children, as the memory of a conversion that could not start is lost for good.
+
 TEST_F(TextConversion, LocalConverterThatCannotBeOpenedStopsThere) {
-    icu.failOpen = 1;
-    EXPECT_EQ(ofToUtf8(), conversionFailure("Error opening converter U_FILE_ACCESS_ERROR\n"));
-    EXPECT_EQ(IcuInterposer::counts.opened, 0) << "the UTF-8 converter is not tried";
+    expectInFreshProcess([this] {
+        icu.failOpen = 1;
+        EXPECT_EQ(ofToUtf8(), conversionFailure("Error opening converter U_FILE_ACCESS_ERROR\n"));
+        EXPECT_EQ(IcuInterposer::counts.opened, 0) << "the UTF-8 converter is not tried";
+    });
 }
 
 TEST_F(TextConversion, Utf8ConverterThatCannotBeOpened) {
-    icu.failOpen = 2;
-    icu.openStatus = U_MEMORY_ALLOCATION_ERROR;
-    EXPECT_EQ(ofFromUtf8(),
-              conversionFailure("Error opening converter U_MEMORY_ALLOCATION_ERROR\n"));
+    expectInFreshProcess([this] {
+        icu.failOpen = 2;
+        icu.openStatus = U_MEMORY_ALLOCATION_ERROR;
+        EXPECT_EQ(ofFromUtf8(),
+                  conversionFailure("Error opening converter U_MEMORY_ALLOCATION_ERROR\n"));
+    });
 }
 
 // By design: nothing is released when a converter cannot be opened.
 TEST_F(TextConversion, ConverterThatCannotBeOpenedKeepsItsBuffers) {
-    // In a child, as the memory is lost for good.
     expectInFreshProcess([this] {
         icu.failOpen = 2;
         const std::size_t before = allocatedBytes();
