@@ -1,4 +1,7 @@
-/* Visibility of the public interface. Everything else in the library is hidden. */
+/**
+ * @file
+ * Visibility of the public interface. Everything else in the library is hidden.
+ */
 #ifndef MORVENN_NET_MVSERVERPROXY_EXPORT_H
 #define MORVENN_NET_MVSERVERPROXY_EXPORT_H
 

@@ -22,10 +22,13 @@ namespace Morvenn::Net::MvServerProxy::Admin {
 /** Text properties of one service. Keys are compared byte for byte. A plain value. */
 class MVCPP_API Service {
 public:
+    /** No properties. */
     Service();
+    /** Copies the properties. @{ */
     Service(const Service& other);
-    ~Service();
     Service& operator=(const Service& other);
+    /** @} */
+    ~Service();
 
     /**
      * Stores a property.
@@ -49,9 +52,11 @@ class MVCPP_API Environment {
 public:
     /** No name, index 0, no services. */
     Environment();
+    /** Copies everything, services included. @{ */
     Environment(const Environment& other);
-    ~Environment();
     Environment& operator=(const Environment& other);
+    /** @} */
+    ~Environment();
 
     /**
      * Stores a copy of @p service.
@@ -69,6 +74,7 @@ public:
 
     /** A copy of the name. */
     std::string getName() const;
+    /** Replaces the name. */
     void setName(const std::string& name);
 
     /** The display index. */
@@ -109,11 +115,12 @@ class MVCPP_API EnvironmentInfo {
 public:
     /** An empty list. Starts the proxy. @throws what Client::MvServerRequest::init() throws. */
     EnvironmentInfo();
-    /** Copies the list of pointers. */
+    /** Copies the list of pointers. @{ */
     EnvironmentInfo(const EnvironmentInfo& other);
+    EnvironmentInfo& operator=(const EnvironmentInfo& other);
+    /** @} */
     /** Releases the list, not the environments, and does not stop the proxy. */
     ~EnvironmentInfo();
-    EnvironmentInfo& operator=(const EnvironmentInfo& other);
 
     /** All environments; loads them when the list is empty. The reference lives as long as this. */
     const std::vector<const Environment*>& getEnvironments();

@@ -25,16 +25,21 @@ namespace Morvenn::Net::MvServerProxy::Client {
 /** User, password and domain, in clear text and in the local code page. A plain value. */
 class MVCPP_API Credential {
 public:
+    /** All three texts. */
     Credential(const std::string& user, const std::string& password, const std::string& domain);
     /** The domain is empty. */
     Credential(const std::string& user, const std::string& password);
+    /** A plain copy. @{ */
     Credential(const Credential& other);
     Credential& operator=(const Credential& other);
+    /** @} */
     ~Credential();
 
+    /** A copy of the text. @{ */
     std::string getUser() const;
     std::string getPassword() const;
     std::string getDomain() const;
+    /** @} */
 
 private:
     std::string m_user;
@@ -48,15 +53,19 @@ private:
  */
 class MVCPP_API AuthScope {
 public:
+    /** All three texts. */
     AuthScope(const std::string& host, const std::string& port, const std::string& realm);
+    /** A plain copy. @{ */
     AuthScope(const AuthScope& other);
     AuthScope& operator=(const AuthScope& other);
+    /** @} */
     ~AuthScope();
 
+    /** A copy of the text; the port is text, too. @{ */
     std::string getHost() const;
-    /** The port as text. */
     std::string getPort() const;
     std::string getRealm() const;
+    /** @} */
 
 private:
     std::string m_host;
@@ -72,11 +81,13 @@ private:
  */
 class MVCPP_API CredentialProvider {
 public:
+    /** The interface itself holds nothing. @{ */
     CredentialProvider() = default;
     CredentialProvider(const CredentialProvider&) = default;
     CredentialProvider(CredentialProvider&&) = default;
     CredentialProvider& operator=(const CredentialProvider&) = default;
     CredentialProvider& operator=(CredentialProvider&&) = default;
+    /** @} */
 
     /**
      * Gives the credential for @p scope.

@@ -7,12 +7,12 @@
  *
  * | class | raised when |
  * |---|---|
- * | MSPConnectionException | the server, or what leads to it, cannot be reached; the connection
- * broke | | MSPProtocolException | request or answer are not what the protocol allows; an invalid
- * request | | MSPRuntimeException | a failure inside the proxy, or one that the library itself
- * found | | MSPUnrecognisedException | any other status of the proxy | |
- * CredentialsUnavailableException | thrown by an application that has no credentials to give | |
- * Utf8ConversionException | text cannot be converted between the local code page and UTF-8 |
+ * | MSPConnectionException | the server, or the way to it, fails |
+ * | MSPProtocolException | request or answer are not what the protocol allows |
+ * | MSPRuntimeException | the proxy fails inside, or the library found the fault itself |
+ * | MSPUnrecognisedException | any other status of the proxy |
+ * | CredentialsUnavailableException | an application has no credentials to give |
+ * | Utf8ConversionException | text cannot be converted to UTF-8 or from it |
  *
  * By design: an exception made from a status of the proxy has type code 0, whatever the status was;
  * the status is in the log. (ProxyErrors.EveryStatusGivesItsClassWithTypeZero)
@@ -35,8 +35,10 @@ namespace Morvenn::Net::MvServerProxy::Client {
 /** The root: an integer type code and a message. Only its subclasses can be created. */
 class MVCPP_API Exception {
 public:
+    /** A plain copy. @{ */
     Exception(const Exception&) = default;
     Exception& operator=(const Exception&) = default;
+    /** @} */
 
     /** What failed. The reference is valid as long as this object. */
     virtual const std::string& getMessage() const;
@@ -48,6 +50,7 @@ public:
 protected:
     /** Type code 0. */
     explicit Exception(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     Exception(int type, const std::string& message);
     virtual ~Exception();
 
@@ -61,9 +64,12 @@ class MVCPP_API MSPException : public Exception {
 public:
     /** Type code 0. */
     explicit MSPException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     MSPException(int type, const std::string& message);
+    /** A plain copy. @{ */
     MSPException(const MSPException&) = default;
     MSPException& operator=(const MSPException&) = default;
+    /** @} */
     ~MSPException() override;
 };
 
@@ -72,9 +78,12 @@ class MVCPP_API MSPRuntimeException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPRuntimeException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     MSPRuntimeException(int type, const std::string& message);
+    /** A plain copy. @{ */
     MSPRuntimeException(const MSPRuntimeException&) = default;
     MSPRuntimeException& operator=(const MSPRuntimeException&) = default;
+    /** @} */
     ~MSPRuntimeException() override;
 };
 
@@ -83,9 +92,12 @@ class MVCPP_API MSPProtocolException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPProtocolException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     MSPProtocolException(int type, const std::string& message);
+    /** A plain copy. @{ */
     MSPProtocolException(const MSPProtocolException&) = default;
     MSPProtocolException& operator=(const MSPProtocolException&) = default;
+    /** @} */
     ~MSPProtocolException() override;
 };
 
@@ -94,9 +106,12 @@ class MVCPP_API MSPUnrecognisedException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPUnrecognisedException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     MSPUnrecognisedException(int type, const std::string& message);
+    /** A plain copy. @{ */
     MSPUnrecognisedException(const MSPUnrecognisedException&) = default;
     MSPUnrecognisedException& operator=(const MSPUnrecognisedException&) = default;
+    /** @} */
     ~MSPUnrecognisedException() override;
 };
 
@@ -105,9 +120,12 @@ class MVCPP_API MSPConnectionException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPConnectionException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     MSPConnectionException(int type, const std::string& message);
+    /** A plain copy. @{ */
     MSPConnectionException(const MSPConnectionException&) = default;
     MSPConnectionException& operator=(const MSPConnectionException&) = default;
+    /** @} */
     ~MSPConnectionException() override;
 };
 
@@ -119,9 +137,12 @@ class MVCPP_API CredentialsUnavailableException : public MSPException {
 public:
     /** Type code 0. */
     explicit CredentialsUnavailableException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     CredentialsUnavailableException(int type, const std::string& message);
+    /** A plain copy. @{ */
     CredentialsUnavailableException(const CredentialsUnavailableException&) = default;
     CredentialsUnavailableException& operator=(const CredentialsUnavailableException&) = default;
+    /** @} */
     ~CredentialsUnavailableException() override;
 };
 
@@ -130,9 +151,12 @@ class MVCPP_API Utf8ConversionException : public MSPException {
 public:
     /** Type code 0. */
     explicit Utf8ConversionException(const std::string& message);
+    /** With a type code of the thrower\'s own. */
     Utf8ConversionException(int type, const std::string& message);
+    /** A plain copy. @{ */
     Utf8ConversionException(const Utf8ConversionException&) = default;
     Utf8ConversionException& operator=(const Utf8ConversionException&) = default;
+    /** @} */
     ~Utf8ConversionException() override;
 };
 

@@ -30,9 +30,10 @@ class MVCPP_API MSPSession {
 public:
     /** A session that has no id yet. */
     MSPSession();
-    /** A copy has its own id from here on. */
+    /** A copy has its own id from here on. @{ */
     MSPSession(const MSPSession& other);
     MSPSession& operator=(const MSPSession& other);
+    /** @} */
     ~MSPSession();
 
 private:

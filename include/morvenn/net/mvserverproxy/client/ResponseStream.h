@@ -44,9 +44,10 @@ public:
 
     /** Starts with an empty block. */
     ResponseStream();
-    /** Copies the block and the place in it; both copies then read from the same exchange. */
+    /** Copies the block and the place in it; both copies then read from the same exchange. @{ */
     ResponseStream(const ResponseStream& other);
     ResponseStream& operator=(const ResponseStream& other);
+    /** @} */
     ~ResponseStream();
 
     /**
@@ -96,6 +97,7 @@ private:
 template <class CharT>
 class MVCPP_API MSPBufferBase : public std::basic_streambuf<CharT> {
 public:
+    /** A byte or the end of file, as in every stream buffer. */
     using int_type = typename std::basic_streambuf<CharT>::int_type;
 
     /**
@@ -107,9 +109,11 @@ public:
     /**
      * Copies every field as it is, pointers included: after a copy only one of the two may be used
      * and destroyed, and the other has to be abandoned without being destroyed.
+     * @{
      */
     MSPBufferBase(const MSPBufferBase& other);
     MSPBufferBase& operator=(const MSPBufferBase& other);
+    /** @} */
 
     /**
      * Ends the exchange with MvServerProxy_Complete.

@@ -50,10 +50,12 @@ namespace Morvenn::Net::MvServerProxy::Crypto {
  */
 class MVCPP_API PKCS7 {
 public:
+    /** There is nothing to set up, copy or release. @{ */
     PKCS7();
     PKCS7(const PKCS7& other) = default;
-    ~PKCS7();
     PKCS7& operator=(const PKCS7& other);
+    ~PKCS7();
+    /** @} */
 
     /**
      * Signs a batch.

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * The eight functions of a server-proxy library, as C declarations.
  *
  * The client classes reach the server only through these. They are ordinary undefined symbols of

@@ -68,30 +68,33 @@ public:
     /** The one instance; the first call creates it and reads the level. */
     static MvServerCppBindingLogger* getInstance();
 
-    /** Writes a line at the function's level when the current level admits it. */
+    /** Writes a line at the function's level when the current level admits it. @{ */
     static void error(const std::string& text);
     static void warn(const std::string& text);
     static void info(const std::string& text);
     static void debug(const std::string& text);
+    /** @} */
 
-    /** Whether the current level admits messages of the level in the name. */
+    /** Whether the current level admits messages of the level in the name. @{ */
     static bool isError() { return admits(LevelError); }
     static bool isWarn() { return admits(LevelWarn); }
     static bool isInfo() { return admits(LevelInfo); }
     static bool isDebug() { return admits(LevelDebug); }
+    /** @} */
 
     /** Singleton by convention: an object of one's own opens the same file anew. */
     MvServerCppBindingLogger();
-    /** Copies share the open file. */
+    /** Copies share the open file. @{ */
     MvServerCppBindingLogger(const MvServerCppBindingLogger& other);
     MvServerCppBindingLogger& operator=(const MvServerCppBindingLogger& other);
+    /** @} */
     /** Leaves the file open. */
     ~MvServerCppBindingLogger();
 
     /**
-     * Writes one line, label, ": ", @p text and a line feed, without testing the level. The text is
-     * written whole, zero bytes included.
+     * Writes one line, label, ": ", @p text and a line feed, without testing the level.
      * @param level 0 to 4; other values are not allowed.
+     * @param text  written whole, zero bytes included.
      * By design: the label of LevelOff is one character shorter than the others.
      * (Logger.LabelsAreExact)
      */
