@@ -4,8 +4,10 @@
 // once. Memory is bounded: 20480 UTF-16 units and 30720 bytes beside the result.
 //
 // By design: output is taken chunk by chunk as zero-terminated text, so a U+0000 cuts the chunk it
-// is in. (TextConversion.NulCutsItsChunkOnly) By design: characters that cannot be represented are
-// substituted, not reported. (TextConversion.WhatCannotBeRepresentedIsSubstituted)
+// is in. (TextConversion.NulCutsItsChunkOnly)
+//
+// By design: characters that cannot be represented are substituted, not reported.
+// (TextConversion.WhatCannotBeRepresentedIsSubstituted)
 #ifndef MORVENN_UTIL_TEXTCONVERSION_H
 #define MORVENN_UTIL_TEXTCONVERSION_H
 
