@@ -111,6 +111,7 @@ void Exchange::complete() {
     m_block.clear();
     m_blockPos = 0;
     m_lateDemand = false;
+    m_revived = false;
     m_failure = {0, {}};
     moveTo(State::Idle);
 }
@@ -216,9 +217,7 @@ int Exchange::awaitInstruction() {
         if (!m_transfer.running()) {
             startTransfer(Upload::Streamed);
         }
-        m_transfer.run([&] {
-            return m_transfer.asked() || m_transfer.answered() || m_transfer.proxyDemands();
-        });
+        m_transfer.run([&] { return m_transfer.asked() || m_transfer.decided(); });
         if (m_transfer.proxyDemands()) {
             if (dealWithDemand()) {
                 continue;
@@ -226,14 +225,12 @@ int Exchange::awaitInstruction() {
             moveTo(State::Challenge);
             return MV_INSTRUCTION_CREDENTIAL_CHALLENGE;
         }
-        if (m_transfer.answered()) {
-            const bool wantsBody =
-                m_data.head.status() < kFirstNotSuccess && m_data.head.continued();
-            if (!wantsBody) {
-                return ready();
-            }
-        } else if (m_transfer.failed()) {
-            throw m_transfer.failure();
+        if (startsAgain()) {
+            continue;
+        }
+        const bool wantsBody = m_data.head.status() < kFirstNotSuccess && m_data.head.continued();
+        if (m_transfer.answered() && !wantsBody) {
+            return ready();
         }
         break;
     }
@@ -249,18 +246,36 @@ bool Exchange::awaitAnswer() {
             startTransfer(uploadOfWhole());
         }
         m_transfer.resumeUpload();
-        m_transfer.run([&] { return m_transfer.answered() || m_transfer.proxyDemands(); });
+        m_transfer.run([&] { return m_transfer.decided(); });
         if (m_transfer.proxyDemands()) {
             if (!dealWithDemand()) {
                 return false;
             }
             continue;
         }
-        if (m_transfer.answered()) {
+        if (!startsAgain()) {
             return true;
         }
+    }
+}
+
+// True when the transfer has been abandoned to be started again, false when it has an answer.
+// A kept connection may die between two exchanges. libcurl repeats the request on its own, but only
+// five times in the life of a handle; after that it is repeated from here, once in an exchange.
+bool Exchange::startsAgain() {
+    const bool refused = m_transfer.refusesExpect();
+    const bool failed = m_transfer.failed() && !m_transfer.answered();
+    if (!refused && !failed) {
+        return false;
+    }
+    const bool revives = !m_revived && m_transfer.diedUnheard();
+    if (!m_data.body.rewindable() || (failed && !revives)) {
         throw m_transfer.failure();
     }
+    m_revived = m_revived || revives;
+    m_transfer.abandon();
+    m_data.body.rewind();
+    return true;
 }
 
 // True when the transfer is to be started again, false when the application has to be asked.
@@ -292,6 +307,11 @@ int Exchange::ready() {
     return MV_INSTRUCTION_RESPONSE_READY;
 }
 
+// The server has refused the request while its body was being sent.
+bool Exchange::answeredWithoutBody() const {
+    return m_transfer.answered() && m_data.head.status() >= kFirstNotSuccess;
+}
+
 int Exchange::takeChunk(std::string_view chunk) {
     if (chunk.empty()) {
         return 1;
@@ -303,25 +323,21 @@ int Exchange::takeChunk(std::string_view chunk) {
         }
         m_transfer.resumeUpload();
         m_transfer.run([&] {
-            return body.unread() <= BodyWindow::kCapacity / 2 || m_transfer.proxyDemands() ||
-                   (m_transfer.answered() && m_data.head.status() >= kFirstNotSuccess);
+            return body.unread() <= BodyWindow::kCapacity / 2 || answeredWithoutBody() ||
+                   m_transfer.proxyDemands() || m_transfer.refusesExpect();
         });
     }
     m_transfer.nudge();
     if (m_transfer.proxyDemands()) {
         body.append(chunk);
         m_lateDemand = !dealWithDemand();
-        return m_lateDemand ? 0 : static_cast<int>(chunk.size());
+        return m_lateDemand ? 0 : 1;
     }
-    if (m_transfer.finished() && !m_transfer.answered()) {
-        throw m_transfer.failure();
-    }
-    if (m_transfer.finished() ||
-        (m_transfer.answered() && m_data.head.status() >= kFirstNotSuccess)) {
+    if (!startsAgain() && (m_transfer.finished() || answeredWithoutBody())) {
         return 0;
     }
     body.append(chunk);
-    return static_cast<int>(std::min<std::size_t>(chunk.size(), INT32_MAX));
+    return 1;
 }
 
 int Exchange::endBody() {

@@ -65,9 +65,11 @@ private:
     bool awaitAnswer();
     int ready();
     bool dealWithDemand();
+    bool startsAgain();
     void startTransfer(Upload upload);
     Upload uploadOfWhole() const;
 
+    bool answeredWithoutBody() const;
     int takeChunk(std::string_view chunk);
     int endBody();
     int giveChallenge(char* block);
@@ -88,6 +90,7 @@ private:
     TransferData m_data;
     Transfer m_transfer;
     ProxyDialogue m_dialogue;
+    bool m_revived = false;
     bool m_lateDemand = false;  // a challenge came in mid body and has not been given out yet
     std::string m_block;        // the response header block
     std::size_t m_blockPos = 0;

@@ -12,6 +12,7 @@ namespace Morvenn::Net::MvServerProxy::Proxy {
 namespace {
 
 constexpr int kProxyDemands = 407;
+constexpr int kExpectationFailed = 417;
 // A forward proxy that has to ask a helper before it refuses a password takes its time. A shorter
 // wait would have the body sent before the challenge arrives.
 constexpr std::int64_t kUnprovenExpectMs = 5000;
@@ -55,6 +56,7 @@ void Transfer::start(TransferPlan plan) {
     m_plan = std::move(plan);
     m_data.head.clear();
     m_data.response.clear();
+    m_data.joiner.reset();
     std::string key;
     if (m_plan.proxy != nullptr) {
         key = m_plan.proxy->url() + " " + std::to_string(m_plan.knowledge.number);
@@ -69,6 +71,9 @@ void Transfer::start(TransferPlan plan) {
 }
 
 void Transfer::abandon() {
+    if (m_running && refusesExpect()) {
+        doWithoutExpect();
+    }
     if (m_running && !m_finished) {
         curl_multi_remove_handle(m_session.multi(), m_session.easy());
     }
@@ -97,8 +102,7 @@ void Transfer::setOptions() {
     for (const std::string& line : m_plan.headers) {
         append(lists.headers, line);
     }
-    m_expecting = m_plan.upload != Upload::None &&
-                  (m_plan.proxy != nullptr || m_neverContinues.count(m_plan.target.origin()) == 0);
+    m_expecting = m_plan.upload != Upload::None && m_withoutExpect.count(way()) == 0;
     if (m_plan.upload != Upload::None && !m_expecting) {
         append(lists.headers, "Expect:");
     }
@@ -132,6 +136,11 @@ bool Transfer::ofProxyDemand() const {
     return m_plan.viaHttpProxy() && !m_plan.target.tls && m_data.head.status() == kProxyDemands;
 }
 
+bool Transfer::refusesExpect() const {
+    return m_expecting && !m_asked && m_data.head.complete() &&
+           m_data.head.status() == kExpectationFailed;
+}
+
 bool Transfer::proxyDemands() const {
     if (ofProxyDemand()) {
         return m_data.head.complete() && (m_bodyBegan || m_finished);
@@ -146,26 +155,46 @@ void Transfer::perform() {
     check(curl_multi_perform(m_session.multi(), &running));
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(m_session.multi(), &left)) {
-        m_result = message->data.result;
-        m_finished = true;
-        curl_multi_remove_handle(m_session.multi(), m_session.easy());
+        finish(message->data.result);
     }
     if (m_thrown) {
         const Failure thrown = *std::exchange(m_thrown, std::nullopt);
         throw Failure{thrown.code, m_plan.subject() + ": " + thrown.text};
     }
-    rememberExpiredWait();
+    noticeExpiredWait();
 }
 
-void Transfer::rememberExpiredWait() {
-    constexpr std::size_t kMostOrigins = 256;
-    if (m_expecting && m_asked && m_plan.proxy == nullptr && !m_data.head.continued() &&
-        m_plan.upload == Upload::Streamed) {
-        if (m_neverContinues.size() >= kMostOrigins) {
-            m_neverContinues.clear();
-        }
-        m_neverContinues.insert(m_plan.target.origin());
+void Transfer::finish(CURLcode result) {
+    m_result = result;
+    m_finished = true;
+    curl_multi_remove_handle(m_session.multi(), m_session.easy());
+    if (m_data.joiner != nullptr) {
+        m_data.response.put(m_data.joiner->finish(), false);
+        m_data.joiner.reset();
+    }
+}
+
+std::string Transfer::way() const {
+    return m_plan.target.origin() + (m_plan.proxy == nullptr ? "" : " " + m_plan.proxy->name());
+}
+
+void Transfer::doWithoutExpect() {
+    constexpr std::size_t kMostWays = 256;
+    if (m_withoutExpect.size() >= kMostWays) {
+        m_withoutExpect.clear();
+    }
+    m_withoutExpect.insert(way());
+}
+
+// A server that lets the wait for its 100 expire will do so the next time. With a forward proxy the
+// wait stays: it is what lets a challenge come before the body.
+void Transfer::noticeExpiredWait() {
+    if (m_expecting && m_asked) {
         m_expecting = false;
+        if (m_plan.proxy == nullptr && m_plan.upload == Upload::Streamed &&
+            !m_data.head.continued()) {
+            doWithoutExpect();
+        }
     }
 }
 
@@ -206,6 +235,13 @@ void Transfer::resumeDownload() {
 void Transfer::stopUpload() {
     m_uploadStopped = true;
     resumeUpload();
+}
+
+bool Transfer::diedUnheard() const {
+    const bool died = m_result == CURLE_SEND_ERROR || m_result == CURLE_RECV_ERROR ||
+                      m_result == CURLE_GOT_NOTHING;
+    return m_finished && died && m_data.head.status() == 0 &&
+           info(m_session.easy(), CURLINFO_NUM_CONNECTS) == 0;
 }
 
 Failure Transfer::failure() const {

@@ -19,6 +19,7 @@
 #include "Config.h"
 #include "CurlSession.h"
 #include "Failure.h"
+#include "GzipJoiner.h"
 #include "Resolver.h"
 #include "ResponseBuffer.h"
 #include "ResponseHead.h"
@@ -31,6 +32,7 @@ struct TransferData {
     BodyWindow body;
     ResponseHead head;
     ResponseBuffer response;
+    std::unique_ptr<GzipJoiner> joiner;  // while the body of a response comes in the gzip format
 };
 
 class Transfer {
@@ -56,10 +58,13 @@ public:
     const TransferPlan& plan() const { return m_plan; }
 
     bool asked() const { return m_asked; }  // libcurl has asked for the body
-    // A final response header is complete, and it is not one that libcurl answers by itself.
-    bool answered() const { return m_data.head.complete() && !ofProxyDemand(); }
+    // A final response header is complete, and it is for the application.
+    bool answered() const { return m_data.head.complete() && !ofProxyDemand() && !refusesExpect(); }
+    // The answer is a 417 to "Expect": started again, the transfer does without.
+    bool refusesExpect() const;
     // The forward proxy demands credentials, and libcurl has given up on that.
     bool proxyDemands() const;
+    bool decided() const { return answered() || proxyDemands() || refusesExpect(); }
 
     // Works until `ready`, the end of the transfer, or a time limit (Failure -1001).
     void run(const std::function<bool()>& ready);
@@ -73,6 +78,8 @@ public:
     // Nothing more of the body will be asked for.
     void stopUpload();
 
+    // The kept connection it was sent on turned out to be dead: nothing of an answer has come.
+    bool diedUnheard() const;
     // What went wrong. Requires: failed().
     Failure failure() const;
     // The same for a response whose header was complete; nothing when its body is complete too.
@@ -82,11 +89,14 @@ private:
     friend struct TransferCallbacks;
 
     bool ofProxyDemand() const;
+    std::string way() const;
+    void doWithoutExpect();
     bool ofConnect() const;
     void setCallbacks();
     void setOptions();
     void perform();
-    void rememberExpiredWait();
+    void noticeExpiredWait();
+    void finish(CURLcode result);
 
     TransferData& m_data;
     std::shared_ptr<const Config> m_config;
@@ -95,7 +105,7 @@ private:
     Clocks m_clocks;
     TransferPlan m_plan;
     OptionLists m_lists;
-    std::set<std::string> m_neverContinues;  // origins that leave "Expect" unanswered
+    std::set<std::string> m_withoutExpect;  // ways on which "Expect" leads to nothing
     std::array<char, CURL_ERROR_SIZE> m_errorText{};
     std::optional<Failure> m_thrown;  // inside a callback, on its way to the caller
     CURLcode m_result = CURLE_OK;

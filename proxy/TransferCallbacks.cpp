@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "ResponseText.h"
 #include "Transfer.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
 
@@ -66,6 +67,7 @@ std::size_t TransferCallbacks::takeBody(char* bytes, std::size_t size, std::size
                                         void* transfer) {
     auto& self = *static_cast<Transfer*>(transfer);
     const std::size_t total = size * count;
+    const bool first = !self.m_bodyBegan;
     self.m_bodyBegan = true;
     if (self.ofProxyDemand()) {
         return total;  // the page of the forward proxy is not for the application
@@ -77,7 +79,12 @@ std::size_t TransferCallbacks::takeBody(char* bytes, std::size_t size, std::size
     }
     self.m_clocks.moved();
     return kept(self.m_thrown, total + 1, [&]() -> std::size_t {
-        self.m_data.response.put({bytes, total}, maySpool);
+        if (first && isGzip(self.m_data.head)) {
+            self.m_data.joiner = std::make_unique<GzipJoiner>();
+        }
+        const std::string_view body(bytes, total);
+        GzipJoiner* joiner = self.m_data.joiner.get();
+        self.m_data.response.put(joiner == nullptr ? body : joiner->pass(body), maySpool);
         return total;
     });
 }

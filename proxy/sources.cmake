@@ -10,6 +10,7 @@ set(MV_PROXY_SOURCES
   Exchange.cpp
   ExchangeState.cpp
   ForwardProxy.cpp
+  GzipJoiner.cpp
   NoProxy.cpp
   Process.cpp
   ProxyChallenge.cpp

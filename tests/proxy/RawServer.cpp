@@ -8,9 +8,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include "TextTools.h"
@@ -23,6 +25,21 @@ constexpr int kPatienceMs = 10000;
 bool readable(int socket) {
     pollfd watched{socket, POLLIN, 0};
     return ::poll(&watched, 1, kPatienceMs) == 1;
+}
+
+// A socket that listens on a free loopback port, and the port.
+std::pair<int, int> listenSomewhere(int backlog) {
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    auto* raw = reinterpret_cast<sockaddr*>(&address);
+    if (listener < 0 || ::bind(listener, raw, size) != 0 || ::listen(listener, backlog) != 0 ||
+        ::getsockname(listener, raw, &size) != 0) {
+        throw std::runtime_error("no listening socket on loopback");
+    }
+    return {listener, ntohs(address.sin_port)};
 }
 
 }  // namespace
@@ -124,18 +141,8 @@ void Connection::awaitClose() {
     }
 }
 
-RawServer::RawServer(Script script)
-    : m_script(std::move(script)), m_listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* raw = reinterpret_cast<sockaddr*>(&address);
-    if (m_listener < 0 || ::bind(m_listener, raw, size) != 0 || ::listen(m_listener, 64) != 0 ||
-        ::getsockname(m_listener, raw, &size) != 0) {
-        throw std::runtime_error("no listening socket on loopback");
-    }
-    m_port = ntohs(address.sin_port);
+RawServer::RawServer(Script script) : m_script(std::move(script)) {
+    std::tie(m_listener, m_port) = listenSomewhere(64);
     m_acceptor = std::thread([this] { accept(); });
 }
 
@@ -181,6 +188,27 @@ void RawServer::note(const std::string& text) {
 std::vector<std::string> RawServer::notes() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_notes;
+}
+
+FullBacklog::FullBacklog() {
+    std::tie(m_listener, m_port) = listenSomewhere(0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(m_port));
+    for (int i = 0; i < 8; ++i) {
+        const int filler = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        static_cast<void>(
+            ::connect(filler, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+        m_fillers.push_back(filler);
+    }
+}
+
+FullBacklog::~FullBacklog() {
+    for (const int filler : m_fillers) {
+        ::close(filler);
+    }
+    ::close(m_listener);
 }
 
 std::string headerValue(const std::string& head, const std::string& name) {

@@ -77,6 +77,22 @@ private:
     std::thread m_acceptor;
 };
 
+// A listening socket that takes no further connection.
+class FullBacklog {
+public:
+    FullBacklog();
+    ~FullBacklog();
+    FullBacklog(const FullBacklog&) = delete;
+    FullBacklog& operator=(const FullBacklog&) = delete;
+
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/x"; }
+
+private:
+    int m_listener = -1;
+    int m_port = 0;
+    std::vector<int> m_fillers;
+};
+
 // The value of a header in a header block, "" when it is absent. Names in any case.
 std::string headerValue(const std::string& head, const std::string& name);
 
