@@ -5,6 +5,7 @@
 #ifndef MORVENN_PROXY_SECRET_H
 #define MORVENN_PROXY_SECRET_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -38,10 +39,8 @@ struct WipingAllocator {
 class Secret {
 public:
     Secret() : Secret(std::string_view()) {}
-    explicit Secret(std::string_view text) {
-        m_bytes.reserve(text.size() + 1);
-        m_bytes.assign(text.begin(), text.end());
-        m_bytes.push_back('\0');
+    explicit Secret(std::string_view text) : m_bytes(text.size() + 1) {
+        std::copy(text.begin(), text.end(), m_bytes.begin());
     }
 
     const char* c_str() const { return m_bytes.data(); }
