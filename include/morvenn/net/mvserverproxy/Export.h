@@ -6,8 +6,10 @@
 #define MORVENN_NET_MVSERVERPROXY_EXPORT_H
 
 #if defined(__GNUC__)
+/** Marks a class or function of the public interface. */
 #define MVCPP_API __attribute__((visibility("default")))
-#define MVCPP_LOCAL __attribute__((visibility("hidden"))) /* a private member of a public class */
+/** Marks a private member of a public class. */
+#define MVCPP_LOCAL __attribute__((visibility("hidden")))
 #else
 #define MVCPP_API
 #define MVCPP_LOCAL
