@@ -107,6 +107,7 @@ void Exchange::complete() {
     m_data.body.clear();
     m_data.head.clear();
     m_data.response.clear();
+    m_planned = {};
     m_text.clear();
     m_block.clear();
     m_blockPos = 0;
