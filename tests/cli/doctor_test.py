@@ -1,6 +1,5 @@
 """mvserver doctor."""
 
-import subprocess
 import unittest
 
 from harness import CommandLineTest, closed_port
@@ -26,16 +25,12 @@ class Doctor(CommandLineTest):
         self.assertRegex(checks["program"]["value"], r"^mvserver \d+\.\d+\.\d+, /.*/mvserver$")
 
     def test_a_preloaded_proxy_library_is_the_one_that_is_named(self):
-        source = self.file("other.c", """
+        other = self.shared_library("""
             int MvServerProxy_Init(void* a, void* r) { (void)a; (void)r; return 7; }
             int MvServerProxy_GetLastError(char** m) { *m = "not today"; return 0; }
             """)
-        subprocess.run(["cc", "-shared", "-fPIC", "-o", "other.so", source], cwd=self.folder,
-                       check=True)
-        other = self.folder / "other.so"
-        code, checks = self.checks(env={"LD_PRELOAD": str(other), "ASAN_OPTIONS":
-                                        "verify_asan_link_order=0"})
-        self.assertEqual(str(other.resolve()), checks["proxy library"]["value"])
+        code, checks = self.checks(env=self.preload(other))
+        self.assertEqual(str(other), checks["proxy library"]["value"])
         self.assertIn("not today", checks["hub"]["value"])
         self.assertEqual(8, code)
 

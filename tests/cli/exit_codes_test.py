@@ -1,5 +1,7 @@
 """Every exit code, by what leads to it."""
 
+import re
+import socket
 import unittest
 
 from harness import CommandLineTest, closed_port, fixed_answer
@@ -62,6 +64,20 @@ class ExitCodes(CommandLineTest):
                               env={"http_proxy": proxy.url}, start_new_session=True)
         self.assertIn("corp", text)
 
+    def test_7_conversion(self):
+        icu = self.json_of("doctor", "--hub", closed_port())[1]["checks"][-1]["value"]
+        version = re.search(r"ICU (\d+)", icu).group(1)
+        other = self.shared_library("void* ucnv_open_%s(const char* name, int* error) "
+                                    "{ (void)name; *error = 2; return 0; }" % version)
+        text = self.fail_with(7, "env", "list", env=self.preload(other))
+        self.assertIn("conversion: Error opening converter U_MISSING_RESOURCE_ERROR", text)
+
+    def test_8_unrecognised(self):
+        other = self.shared_library("int MvServerProxy_Init(void* a, void* r) "
+                                    "{ (void)a; (void)r; return 7; }")
+        text = self.fail_with(8, "send", "-d", "x", env=self.preload(other))
+        self.assertRegex(text, r"^mvserver: unrecognised: ")
+
     def test_9_local_file(self):
         directory = self.folder / "folder"
         directory.mkdir()
@@ -89,7 +105,7 @@ class ExitCodes(CommandLineTest):
         server = self.start_server(with_code(399))
         self.succeed("send", "--fail", "--url", server.url, "-d", "x")
 
-    def test_28_each_of_the_three_limits(self):
+    def test_28_the_exchange_or_a_silence_takes_too_long(self):
         def silent(connection, head):
             connection.recv(1 << 16)
             connection.recv(1 << 16)
@@ -99,6 +115,17 @@ class ExitCodes(CommandLineTest):
             with self.subTest(option=option):
                 text = self.fail_with(28, "send", "--url", server.url, "-d", "x", option, "0.2")
                 self.assertRegex(text, r"^mvserver: timeout: ")
+
+    def test_28_connecting_takes_too_long(self):
+        with socket.create_server(("127.0.0.1", 0), backlog=0) as full:
+            waiting = [socket.socket() for _ in range(4)]
+            for client in waiting:  # more than the queue takes: later ones get no answer
+                client.setblocking(False)
+                client.connect_ex(full.getsockname())
+            url = f"http://127.0.0.1:{full.getsockname()[1]}"
+            self.fail_with(28, "send", "--url", url, "-d", "x", "--connect-timeout", "0.3")
+            for client in waiting:
+                client.close()
 
     def test_the_error_names_the_log(self):
         text = self.fail_with(3, "send", "--url", closed_port(), "-d", "x")

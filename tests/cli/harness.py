@@ -78,7 +78,6 @@ class ScriptedServer:
     def __init__(self, answer):
         self.answer = answer
         self.heads = []
-        self.failure = None
         self.socket = socket.create_server(("127.0.0.1", 0))
         self.port = self.socket.getsockname()[1]
         self.url = f"http://127.0.0.1:{self.port}"
@@ -191,6 +190,17 @@ class CommandLineTest(unittest.TestCase):
         path = self.folder / name
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
         return path
+
+    def shared_library(self, source):
+        """A shared library made of C source."""
+        path = self.folder / "other.so"
+        subprocess.run(["cc", "-shared", "-fPIC", "-o", path, self.file("other.c", source)],
+                       check=True)
+        return path.resolve()
+
+    def preload(self, library):
+        """The variables that put the library in front of those that the program comes with."""
+        return {"LD_PRELOAD": str(library), "ASAN_OPTIONS": "verify_asan_link_order=0"}
 
     def leftovers(self):
         """What the program left in its temporary folder."""

@@ -66,7 +66,6 @@ void copy(std::istream& from, Output& to, Progress& progress) {
 }
 
 std::string beginning(std::istream& from) {
-    TextOutput text;
     std::streambuf& source = *from.rdbuf();
     char block[kShownOfFailure];
     const std::streamsize count = source.sgetn(block, sizeof block);

@@ -17,12 +17,6 @@
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
-void trace(const Context& context, int level, const std::string& line) {
-    if (context.verbosity >= level) {
-        note(dimmed(line));
-    }
-}
-
 namespace {
 
 std::string footer() {
