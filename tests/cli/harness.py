@@ -45,12 +45,12 @@ def clean_environment(folder, **more):
 
 
 class Hub:
-    """A hub on a free port."""
+    """A hub on a free port. It makes its keys at first use, in `state`."""
 
-    def __init__(self, folder, *options):
+    def __init__(self, folder, *options, state=None):
         directory = folder / "environments.txt"
         directory.write_text(ENVIRONMENTS, encoding="utf-8")
-        self.state = folder / "hub-state"
+        self.state = state or folder / "hub-state"
         self.process = subprocess.Popen(
             [HUB, "--port", "0", "--environments", str(directory), "--state-dir", str(self.state),
              "--faults", "--quiet", *options],
@@ -176,8 +176,8 @@ class CommandLineTest(unittest.TestCase):
         self.assertEqual(1, done.stdout.count(b"\n"), done.stdout)
         return done.returncode, json.loads(done.stdout)
 
-    def start_hub(self, *options):
-        hub = Hub(self.folder, *options)
+    def start_hub(self, *options, **more):
+        hub = Hub(self.folder, *options, **more)
         self.addCleanup(hub.stop)
         return hub
 

@@ -1,8 +1,11 @@
 """mvserver sign and verify, with signatures of the hub."""
 
 import base64
+import pathlib
+import shutil
 import struct
 import subprocess
+import tempfile
 import unittest
 
 from harness import CommandLineTest, fixed_answer
@@ -11,9 +14,15 @@ NOTE = "the library itself never verifies a signature"
 
 
 class SignVerify(CommandLineTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.keys = pathlib.Path(tempfile.mkdtemp(prefix="mvserver-test-keys-"))
+        cls.addClassCleanup(shutil.rmtree, cls.keys)
+
     def setUp(self):
         super().setUp()
-        self.hub = self.start_hub()
+        self.hub = self.start_hub(state=self.keys)
         self.one = self.file("one.txt", "first document\n")
         self.two = self.file("two.bin", b"second \0 document")
 
