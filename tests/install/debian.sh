@@ -19,7 +19,7 @@ fail() { echo "$*" >&2; exit 1; }
 echo "== packages"
 (cd "$build" && cpack -G DEB -B "$work/debs") >"$work/cpack.log" 2>&1 ||
   { cat "$work/cpack.log"; exit 1; }
-ls -1 "$work/debs/"*.deb | xargs -n 1 basename
+basename -a "$work"/debs/*.deb
 lintian --fail-on error --allow-root "$work"/debs/*.deb
 
 echo "== installing into an empty root"

@@ -3,7 +3,8 @@
 #
 # Installs the build into a folder, moves that folder elsewhere, and uses only what is there: the
 # applications of consumer/ through CMake and through pkg-config, linked with the shared and with
-# the static library, as C++17, C++20 and C99. Each then runs against the installed hub.
+# the static library, as C++17, C++20 and C99, and one with the test kit. Each then runs against the
+# installed hub.
 set -euo pipefail
 
 build=$1
@@ -53,6 +54,11 @@ compile "shared-c99" gcc mvservercppbinding
 compile "private-c99" gcc mvservercppbinding --static
 compile "static-c99" gcc mvservercppbinding-static
 
+flags=$(pkg-config --cflags --libs mvservercppbinding-testkit)
+eval "set -- $flags"
+g++ -std=c++17 -Wall -Wextra -Wpedantic -Werror "$here/embedded/scripted.cpp" \
+  -o "$work/consumer/testkit" "$@"
+
 echo "== run"
 libraries=$(dirname "$PKG_CONFIG_PATH")
 run_all() {
@@ -71,6 +77,7 @@ for program in "$work"/consumer/*-static-*; do
   fi
 done
 export LD_LIBRARY_PATH=$libraries
+"$work/consumer/testkit"
 "$here/../support/with_hub.sh" "$(cat "$work/consumer/mvhub.path")" -- \
   bash -euc 'run_all "$0"' "$work/consumer"
 

@@ -13,6 +13,6 @@ int main() {
     Client::MvServerRequest request(&session);
     request.setBody("<order/>");
     const std::string answer = request.execute();
-    std::cout << answer << '\n' << proxy.calls();
+    std::cout << answer << '\n' << proxy.calls() << '\n';
     return answer == "scripted" ? 0 : 1;
 }
