@@ -16,14 +16,14 @@ baseline=$2
 headers=$3
 
 if $update; then
-    abidw --headers-dir "$headers" --drop-private-types --no-show-locs --no-comp-dir-path \
+    abidw --exported-interfaces-only --headers-dir "$headers" --drop-private-types --no-show-locs --no-comp-dir-path \
         --no-corpus-path --out-file "$baseline" "$library"
     exit
 fi
 
 # Bits of the exit status: 1 error, 2 usage, 4 change, 8 incompatible change.
 status=0
-report=$(abidiff --no-show-locs --headers-dir2 "$headers" --drop-private-types \
+report=$(abidiff --exported-interfaces-only --no-show-locs --headers-dir2 "$headers" --drop-private-types \
     "$baseline" "$library") || status=$?
 if [ "$status" -ne 0 ]; then
     printf '%s\n' "$report" >&2

@@ -1,0 +1,31 @@
+// A signature request as the hub reads it: the items are those of the record, or it is refused.
+#include "fuzz/Fuzz.h"
+#include "hub/Refusal.h"
+#include "hub/SigningRecord.h"
+#include "tests/reference/Base64.h"
+
+using namespace Morvenn::Net::MvServerProxy;
+
+namespace {
+
+void check(const std::string& base64) {
+    try {
+        const std::vector<std::string> items = Hub::decodeSigningRequest(base64);
+        Fuzz::require(!items.empty() && items.size() <= Hub::kMostItems, "items are limited");
+        Fuzz::require(Reference::base64Decode(base64) == Reference::signatureRequest(items),
+                      "the items are those of the record");
+        const Reference::SignatureAnswer answer =
+            Reference::signatureAnswer(Reference::base64Decode(Hub::encodeSigningAnswer(items)));
+        Fuzz::require(answer.entries == items, "the answer holds an entry for each item");
+    } catch (const Hub::Refusal&) {
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string bytes = Fuzz::Input(data, size).rest();
+    check(bytes);
+    check(Reference::base64Encode(bytes));
+    return 0;
+}
