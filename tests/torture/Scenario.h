@@ -3,6 +3,7 @@
 #ifndef MORVENN_TESTS_TORTURE_SCENARIO_H
 #define MORVENN_TESTS_TORTURE_SCENARIO_H
 
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
@@ -51,6 +52,9 @@ struct Scenario {
 
     Tape tape(bool singleBytes) const;
 };
+
+/// googletest names a scenario when it prints one.
+void PrintTo(const Scenario& scenario, std::ostream* out);
 
 const std::vector<Scenario>& scenarios();
 

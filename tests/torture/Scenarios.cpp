@@ -1,3 +1,5 @@
+#include <ostream>
+
 #include "testing/Gzip.h"
 #include "tests/reference/Base64.h"
 #include "tests/torture/Scenario.h"
@@ -208,6 +210,10 @@ Tape Scenario::tape(bool singleBytes) const {
     }
     answers.push_back({-1, {}, false});
     return Tape(answers);
+}
+
+void PrintTo(const Scenario& scenario, std::ostream* out) {
+    *out << scenario.name;
 }
 
 const std::vector<Scenario>& scenarios() {
