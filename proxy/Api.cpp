@@ -50,7 +50,16 @@ std::optional<int> refusal(ThreadContext* context) {
         context->setError(kNotStarted);
         return MV_STATUS_RUNTIME;
     }
+    context->clearError();
     return std::nullopt;
+}
+
+void traceBare(const ThreadContext& context, const char* call) {
+    if (const Trace* trace = context.trace()) {
+        TraceEntry entry;
+        entry.call = call;
+        trace->add(entry);
+    }
 }
 
 // `incoming` is the text of the call; null when it has none.
@@ -111,6 +120,8 @@ int MvServerProxy_Init(void* (*)(size_t), void (*)(void*)) {
     try {
         process.start();
         context->join(process);
+        context->clearError();
+        traceBare(*context, "Init");
         return 0;
     } catch (const Failure& failure) {
         context->setError(failure.text);
@@ -127,6 +138,7 @@ int MvServerProxy_Term(void) {
     if (context == nullptr || process.isForkedChild()) {
         return 0;
     }
+    traceBare(*context, "Term");
     context->leave();
     process.stop();
     return 0;

@@ -1,17 +1,14 @@
 #include "Exchange.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
-#include "DirectoryBlock.h"
 #include "ResponseText.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
 namespace {
 
-constexpr int kFirstNotSuccess = 300;
 constexpr int kOk = 200;
 
 }  // namespace
@@ -169,7 +166,7 @@ int Exchange::submitDirectory() {
 }
 
 int Exchange::submitShutdown() {
-    if (m_data.head.status() >= kFirstNotSuccess) {
+    if (!m_data.head.success()) {
         throw Failure{MV_STATUS_PROTOCOL, m_planned.subject() + ": the hub refused to shut down " +
                                               "with status " +
                                               std::to_string(m_data.head.status()) +
@@ -179,138 +176,9 @@ int Exchange::submitShutdown() {
     return 0;
 }
 
-void Exchange::startTransfer(Upload upload) {
-    m_planned.upload = upload;
-    if (m_planned.viaHttpProxy()) {
-        m_planned.knowledge = m_store->about(m_planned.proxy->url());
-    }
-    m_transfer.start(m_planned);
-}
-
-Upload Exchange::uploadOfWhole() const {
-    return m_kind == Kind::Directory ? Upload::None : Upload::Whole;
-}
-
-int Exchange::instruct() {
-    if (m_lateDemand) {
-        m_lateDemand = false;
-        moveTo(State::Challenge);
-        return MV_INSTRUCTION_CREDENTIAL_CHALLENGE;
-    }
-    if (!m_data.body.ended()) {
-        return awaitInstruction();
-    }
-    if (awaitAnswer()) {
-        return ready();
-    }
-    moveTo(State::Challenge);
-    return MV_INSTRUCTION_CREDENTIAL_CHALLENGE;
-}
-
-// Before the body: 16 when it is wanted, 17 when credentials are, 18 when the answer needs no body.
-// Without a forward proxy in doubt the body is asked for at once, and its beginning is collected
-// before anything is sent.
-int Exchange::awaitInstruction() {
-    if (m_planned.viaHttpProxy()) {
-        m_planned.knowledge = m_store->about(m_planned.proxy->url());
-    }
-    while (m_transfer.running() || m_planned.unproven()) {
-        if (!m_transfer.running()) {
-            startTransfer(Upload::Streamed);
-        }
-        m_transfer.run([&] { return m_transfer.asked() || m_transfer.decided(); });
-        if (m_transfer.proxyDemands()) {
-            if (dealWithDemand()) {
-                continue;
-            }
-            moveTo(State::Challenge);
-            return MV_INSTRUCTION_CREDENTIAL_CHALLENGE;
-        }
-        if (startsAgain()) {
-            continue;
-        }
-        const bool wantsBody = m_data.head.status() < kFirstNotSuccess && m_data.head.continued();
-        if (m_transfer.answered() && !wantsBody) {
-            return ready();
-        }
-        break;
-    }
-    moveTo(State::Body);
-    return MV_INSTRUCTION_SEND_BODY;
-}
-
-// With the body complete: works until the response header is complete. False when the application
-// has to be asked for credentials.
-bool Exchange::awaitAnswer() {
-    for (;;) {
-        if (!m_transfer.running()) {
-            startTransfer(uploadOfWhole());
-        }
-        m_transfer.resumeUpload();
-        m_transfer.run([&] { return m_transfer.decided(); });
-        if (m_transfer.proxyDemands()) {
-            if (!dealWithDemand()) {
-                return false;
-            }
-            continue;
-        }
-        if (!startsAgain()) {
-            return true;
-        }
-    }
-}
-
-// True when the transfer has been abandoned to be started again, false when it has an answer.
-// A kept connection may die between two exchanges. libcurl repeats the request on its own, but only
-// five times in the life of a handle; after that it is repeated from here, once in an exchange.
-bool Exchange::startsAgain() {
-    const bool refused = m_transfer.refusesExpect();
-    const bool failed = m_transfer.failed() && !m_transfer.answered();
-    if (!refused && !failed) {
-        return false;
-    }
-    const bool revives = !m_revived && m_transfer.diedUnheard();
-    if (!m_data.body.rewindable() || (failed && !revives)) {
-        throw m_transfer.failure();
-    }
-    m_revived = m_revived || revives;
-    m_transfer.abandon();
-    m_data.body.rewind();
-    return true;
-}
-
-// True when the transfer is to be started again, false when the application has to be asked.
-bool Exchange::dealWithDemand() {
-    const TransferPlan refused = m_transfer.plan();
-    const std::vector<std::string> challenges = m_data.head.challenges();
-    m_transfer.abandon();
-    if (!m_data.body.rewind()) {
-        throw Failure{MV_STATUS_CANNOT_CONNECT,
-                      refused.subject() +
-                          ": the forward proxy demanded credentials after the body had been sent; "
-                          "put them into the URL of the *_proxy variable"};
-    }
-    return m_dialogue.demanded(refused, challenges) == ProxyDialogue::Step::Retry;
-}
-
-// The response can be read: its header block is made here, so that no call that reads it can fail.
-int Exchange::ready() {
-    if (m_planned.viaHttpProxy()) {
-        m_store->admit(m_planned.proxy->url(), m_transfer.plan().knowledge.number);
-    }
-    m_block = responseText(m_data.head);
-    m_blockPos = 0;
-    if (!m_data.body.ended()) {
-        m_data.body.end();
-        m_transfer.stopUpload();
-    }
-    moveTo(State::Response);
-    return MV_INSTRUCTION_RESPONSE_READY;
-}
-
 // The server has refused the request while its body was being sent.
 bool Exchange::answeredWithoutBody() const {
-    return m_transfer.answered() && m_data.head.status() >= kFirstNotSuccess;
+    return m_transfer.answered() && !m_data.head.success();
 }
 
 int Exchange::takeChunk(std::string_view chunk) {
@@ -362,47 +230,6 @@ int Exchange::takeAnswer(std::string_view text) {
     m_dialogue.answered(text);
     moveTo(State::Waiting);
     return 1;
-}
-
-int Exchange::giveResponse(char* block) {
-    const std::size_t count =
-        std::min<std::size_t>(m_block.size() - m_blockPos, MV_PROXY_BLOCK_SIZE);
-    if (count == 0) {
-        return m_kind == Kind::Directory ? giveDirectory(block) : giveBody(block);
-    }
-    std::memcpy(block, m_block.data() + m_blockPos, count);
-    m_blockPos += count;
-    return static_cast<int>(count);
-}
-
-int Exchange::giveBody(char* block) {
-    ResponseBuffer& response = m_data.response;
-    std::size_t count = response.take(block, MV_PROXY_BLOCK_SIZE);
-    if (count == 0) {
-        response.openBlock(block, MV_PROXY_BLOCK_SIZE);
-        m_transfer.resumeDownload();
-        m_transfer.run([&] { return response.inBlock() > 0; });
-        count = response.closeBlock();
-    }
-    return count > 0 ? static_cast<int>(count) : endOfResponse();
-}
-
-int Exchange::giveDirectory(char* block) {
-    ResponseBuffer& response = m_data.response;
-    if (response.buffered() < MV_PROXY_BLOCK_SIZE) {
-        m_transfer.resumeDownload();
-        m_transfer.run([&] { return response.buffered() >= MV_PROXY_BLOCK_SIZE; });
-    }
-    const std::size_t count =
-        directoryBlock(response.front(), MV_PROXY_BLOCK_SIZE, m_transfer.finished());
-    return count > 0 ? static_cast<int>(response.take(block, count)) : endOfResponse();
-}
-
-int Exchange::endOfResponse() const {
-    if (const auto failure = m_transfer.bodyFailure()) {
-        throw *failure;
-    }
-    return MV_STATUS_END_OF_RESPONSE;
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Proxy

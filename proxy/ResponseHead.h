@@ -29,6 +29,7 @@ public:
     bool complete() const { return m_complete; }    // the final block has ended
     bool continued() const { return m_continued; }  // a 100 came before it
     int status() const { return m_status; }
+    bool success() const { return m_status < 300; }
     const std::string& reason() const { return m_reason; }
     const std::vector<Header>& headers() const { return m_headers; }
     std::string_view value(std::string_view name) const;

@@ -24,9 +24,8 @@ public:
 
     // A failure outside of any exchange.
     void setError(std::string text) { m_error = std::move(text); }
-    const std::string& error() const {
-        return m_exchange.lastError().empty() ? m_error : m_exchange.lastError();
-    }
+    void clearError() { m_error.clear(); }
+    const std::string& error() const { return m_error.empty() ? m_exchange.lastError() : m_error; }
 
 private:
     Shared m_shared;

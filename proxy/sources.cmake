@@ -8,7 +8,9 @@ set(MV_PROXY_SOURCES
   CurlStatus.cpp
   DirectoryBlock.cpp
   Exchange.cpp
+  ExchangeResponse.cpp
   ExchangeState.cpp
+  ExchangeWork.cpp
   ForwardProxy.cpp
   GzipJoiner.cpp
   NoProxy.cpp
