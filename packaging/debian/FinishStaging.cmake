@@ -1,6 +1,8 @@
 # Run by CPack on the staging areas, before they become packages: what Debian wants otherwise than
 # an installation elsewhere.
 
+cmake_policy(VERSION 3.22)
+
 find_program(STRIP strip REQUIRED)
 find_program(GZIP gzip REQUIRED)
 
@@ -47,9 +49,17 @@ function(mv_documents root package)
   endforeach()
 endfunction()
 
+# Packages and the administrator of a machine have folders of their own for zsh.
+function(mv_zsh_as_vendor root)
+  if(EXISTS ${root}/usr/share/zsh/site-functions)
+    file(RENAME ${root}/usr/share/zsh/site-functions ${root}/usr/share/zsh/vendor-completions)
+  endif()
+endfunction()
+
 foreach(component ${CPACK_COMPONENTS_ALL})
   set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component})
   mv_as_system_file(${root})
+  mv_zsh_as_vendor(${root})
   if(component STREQUAL "Proxy")
     mv_proxy_aside(${root})
   endif()
