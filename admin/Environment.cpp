@@ -11,6 +11,15 @@ using Logger = Util::MvServerCppBindingLogger;
 
 constexpr int kUnreadableIndex = 99999;
 
+void logUnreadableIndex(const std::string& name) {
+    try {
+        if (Logger::isError()) {
+            Logger::error("Invalid display index for Environment : " + name);
+        }
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): no memory for the line
+    }
+}
+
 }  // namespace
 
 Service::Service() = default;
@@ -55,10 +64,8 @@ void Environment::setIndex(const std::string& text) {
     try {
         m_index = Util::Internal::toInt(Util::Internal::trim(text));
     } catch (const std::exception&) {
-        if (Logger::isError()) {
-            Logger::error("Invalid display index for Environment : " + m_name);
-        }
         m_index = kUnreadableIndex;
+        logUnreadableIndex(m_name);
     }
 }
 

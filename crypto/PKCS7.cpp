@@ -52,12 +52,11 @@ std::string PKCS7::sign(const char* data, unsigned int size) {
 // (Pkcs7.SingleFormsKeepTheirOneElementArray)
 std::string PKCS7::signOne(const char* data, int size) {
     int entries = 0;
-    std::string* signatures = exchange(&data, data == nullptr ? 0 : 1, &size, entries);
+    std::string* signatures = exchange(&data, 1, &size, entries);
     if (entries < 1) {
         delete[] signatures;
         MvServerRequest::generateLocalMSPException(
-            -1, data == nullptr ? "PKCS7::sign: the data pointer is null."
-                                : "The answer to the signature request holds no signature.");
+            -1, "The answer to the signature request holds no signature.");
     }
     return signatures[0];
 }

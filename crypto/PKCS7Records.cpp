@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "crypto/Base64.h"
-#include "morvenn/net/mvserverproxy/client/Exceptions.h"
+#include "morvenn/net/mvserverproxy/client/MvServerRequest.h"
 #include "morvenn/net/mvserverproxy/crypto/PKCS7.h"
 
 namespace Morvenn::Net::MvServerProxy::Crypto {
@@ -33,6 +33,10 @@ std::string PKCS7::prepareRequest(const char** data, unsigned int count, int* si
     writeInt32(at, count);
     at += kCountWidth;
     for (unsigned int i = 0; i < count; ++i) {
+        if (data[i] == nullptr) {
+            Client::MvServerRequest::generateLocalMSPException(
+                -1, "PKCS7::sign: the data pointer is null.");
+        }
         const auto size = static_cast<std::size_t>(sizes[i]);
         writeInt32(at, static_cast<unsigned int>(size));
         std::memcpy(at + kLengthWidth, data[i], size);

@@ -1,5 +1,6 @@
 // Memory that runs out in the directory, in signing and in the one-call entry.
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -65,6 +66,17 @@ TEST_F(Environment, FailedConversionIsLoggedAndGives99999) {
 
     environment.setIndex(index);
     EXPECT_EQ(environment.getIndex(), 7) << "the next one is read again";
+}
+
+TEST_F(Environment, FailedConversionGives99999EvenWithoutMemoryForItsLogLine) {
+    Admin::Environment environment;
+    environment.setName("Prod");
+    const std::string index = "7" + std::string(100, ' ') + "and no further digits";
+    Memory::limitRequests(0);
+    environment.setIndex(index);
+    Memory::limitRequests(SIZE_MAX);
+    EXPECT_EQ(environment.getIndex(), 99999);
+    EXPECT_EQ(logLines(), Lines{});
 }
 
 // Every single request for memory that follows the reading of the answer fails once.

@@ -175,9 +175,21 @@ TEST_F(Pkcs7, SizeThatDoesNotFitAnIntIsRefusedBeforeAnyCall) {
     EXPECT_EQ(proxy.calls(), Calls{});
 }
 
-TEST_F(Pkcs7, NullDataOfTheSingleFormIsALocalFailureWithoutACall) {
-    EXPECT_EQ(failureOf([&] { pkcs7.sign(static_cast<const char*>(nullptr), 3); }),
-              failure<Client::MSPRuntimeException>(-1, "PKCS7::sign: the data pointer is null."));
+TEST_F(Pkcs7, NullItemIsALocalFailureWithoutACall) {
+    const Failure expected =
+        failure<Client::MSPRuntimeException>(-1, "PKCS7::sign: the data pointer is null.");
+    const char* data[] = {"ab", nullptr};
+    int sizes[] = {2, 3};
+    EXPECT_EQ(failureOf([&] { pkcs7.sign(static_cast<const char*>(nullptr), 3); }), expected);
+    EXPECT_EQ(failureOf([&] { pkcs7.sign(data, 2, sizes); }), expected);
+    EXPECT_EQ(proxy.calls(), Calls{});
+}
+
+TEST_F(Pkcs7, EveryLengthIsCheckedBeforeAnyItemIsLookedAt) {
+    const char* data[] = {nullptr, "ab"};
+    int sizes[] = {3, 0};
+    EXPECT_EQ(failureOf([&] { pkcs7.sign(data, 2, sizes); }), kBadSize);
+    EXPECT_EQ(failureOf([&] { pkcs7.sign(static_cast<const char*>(nullptr), 0); }), kBadSize);
     EXPECT_EQ(proxy.calls(), Calls{});
 }
 

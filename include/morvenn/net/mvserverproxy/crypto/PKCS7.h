@@ -36,12 +36,16 @@ namespace Morvenn::Net::MvServerProxy::Crypto {
  * and starts the proxy.
  *
  * Every form throws Client::MSPProtocolException, "Size must be greater than 0", for an item
- * without bytes, before anything is sent; what Client::MvServerRequest::execute() throws;
+ * without bytes, and Client::MSPRuntimeException, type -1, for one whose pointer is null, both
+ * before anything is sent; what Client::MvServerRequest::execute() throws;
  * std::out_of_range for an answer whose entries lie outside its data; std::bad_alloc for a negative
  * or too large entry count.
  *
  * By design: an entry that is cut short by the end of the answer is returned cut.
  * (Pkcs7Answer.EntryBeyondTheDataIsCut)
+ *
+ * By design: an answer that is not base64 counts, without failure, up to its first foreign
+ * character. (Pkcs7Answer.TextThatIsNotBase64CountsUpToItsFirstForeignCharacter)
  *
  * By design: when the exchange fails, the session and the request of that call are never released.
  * (Pkcs7.FailedExchangeKeepsSessionAndRequest)
@@ -63,7 +67,7 @@ public:
      * @param count number of items
      * @param sizes @p count lengths in bytes, each at least 1; borrowed
      * @return an array of signatures in the order of the items, which the caller releases with
-     *         `delete[]`; null, without an exchange, when a pointer is null or @p count is 0. The
+     *         `delete[]`; null, without an exchange, when @p data or @p sizes or @p count is 0. The
      *         array has as many elements as the answer has entries; the caller takes that to be
      *         @p count.
      */
@@ -86,8 +90,7 @@ public:
      */
     std::string sign(std::string& item);
 
-    /** The same for @p size bytes at @p data; a null pointer raises the MSPRuntimeException, too.
-     */
+    /** The same for @p size bytes at @p data. */
     std::string sign(const char* data, unsigned int size);
 
 private:
