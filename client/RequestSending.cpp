@@ -85,6 +85,8 @@ void MvServerRequest::sendTextBody() {
     checked(MvServerProxy_SendEOF());
 }
 
+// By design: the line in the log and the message of the exception differ.
+// (Validity.RequestWithoutABodyIsRefused)
 void MvServerRequest::sendStreamBody() {
     if (m_requestStream == nullptr) {
         if (Logger::isError()) {
@@ -151,7 +153,8 @@ int MvServerRequest::sendBody() {
             }
             result = MvServerProxy_SendNoAck(chunk);
         }
-        // Unlike elsewhere 0 is not success here: the proxy wants no more of the body.
+        // By design: unlike elsewhere 0 is not success here: the proxy wants no more of the body.
+        // (StreamBody.ResultZeroForAChunkEndsTheBodyAndTheExchangeGoesOn)
     } while (!m_requestStream->eof() && size > 0 && result > 0);
     checked(result);
     checked(MvServerProxy_SendEOF());

@@ -4,8 +4,11 @@
  *
  * A forward proxy between the application and the server may ask who is calling. The request then
  * asks the application's CredentialProvider, on the thread that called send() or execute(), once
- * for every challenge; refused credentials lead to the next challenge. The library sets no limit to
- * their number: a provider that has been asked before for the same scope should refuse.
+ * for every challenge; refused credentials lead to the next challenge.
+ *
+ * By design: the library sets no limit to the number of challenges: a provider that has been asked
+ * before for the same scope should refuse.
+ * (CredentialChallenge.ThousandChallengesGetAThousandAnswers)
  *
  * Ownership: the AuthScope is lent for the duration of the call. The Credential stays the
  * provider's: it must be valid until getCredential() has returned and, immediately afterwards on

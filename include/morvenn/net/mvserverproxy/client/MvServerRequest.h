@@ -97,7 +97,8 @@ public:
      * @throws MSPProtocolException type 0 when there is neither a text nor a stream body, or when
      *         "generatePKCS7Signatures" is "null" and environment and URL headers are all empty or
      *         "null".
-     * @throws MSPException type 0 when a forward proxy asks for credentials and no provider is set.
+     * @throws MSPException type 0 when a forward proxy asks for credentials and no provider is set;
+     *         MSPRuntimeException when the provider has none to give.
      * @throws Utf8ConversionException when the session id in the response cannot be converted.
      * @throws any class of the family for a status of the proxy (see Exceptions.h), and whatever
      * the body stream or the credential provider throws.

@@ -124,9 +124,16 @@ public:
 
 protected:
     /**
-     * Refills the get area; asks again for as long as the proxy says that nothing is ready yet.
+     * Refills the get area.
      * @return the first byte, or end of file at the end of the response.
-     * @throws the class of the proxy's status; MSPRuntimeException type -1 for a failed inflation.
+     * @throws the class of the proxy's status; MSPRuntimeException type -1 for a failed inflation
+     *         and for a result that does not fit the block.
+     *
+     * By design: a proxy that says that nothing is ready yet is asked again at once, without limit.
+     * (StreamBuffer.AsksAgainForAsLongAsNothingIsReady)
+     *
+     * By design: an inflation that fails without output is reported after the rest of the response
+     * has been read. (GzipStream.OtherWrappersAreReportedAfterTheRestWasRead)
      *
      * By design: what follows the end of the gzip data is read and dropped, and a gzip response
      * that is cut short ends without a failure. (GzipStream.BytesAfterTheGzipDataAreReadAndDropped,
