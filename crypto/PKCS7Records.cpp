@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -53,6 +54,9 @@ std::string* PKCS7::parseResponse(std::string& response, int& count) {
         throw std::out_of_range("The answer to the signature request is shorter than its count.");
     }
     const int announced = readInt32(record.data());
+    if (announced < 0) {
+        throw std::bad_alloc();  // what asking for so many elements comes to
+    }
     std::unique_ptr<std::string[]> entries(new std::string[static_cast<std::size_t>(announced)]);
     const auto size = static_cast<std::int64_t>(record.size());
     std::int64_t position = kCountWidth;

@@ -23,7 +23,7 @@ std::array<Block, 65536> s_blocks;
 std::size_t s_count = 0;
 bool s_isRecording = false;
 std::size_t s_largest = 0;
-std::size_t s_limit = std::numeric_limits<std::size_t>::max();
+std::size_t s_limit = std::numeric_limits<std::ptrdiff_t>::max();
 std::size_t s_untilFailure = 0;
 bool s_hasFailed = false;
 bool s_failNextMalloc = false;
