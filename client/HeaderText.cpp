@@ -6,18 +6,25 @@
 
 namespace Morvenn::Net::MvServerProxy::Client::Internal {
 
-namespace {
+std::string_view valueOf(const HeaderMap& headers, std::string_view name) {
+    const auto header = headers.find(name);
+    return header == headers.end() ? std::string_view() : header->second;
+}
 
-constexpr std::size_t kLineRoom = 256;
-
-}  // namespace
-
-std::string formatHeaders(const std::map<std::string, std::string>& headers) {
-    std::string text;
+std::string formatHeaders(const HeaderMap& headers, std::string_view body) {
+    std::size_t size = kLineEnd.size() + body.size();
     for (const auto& [name, value] : headers) {
-        text.append(name).append("=").append(value).append(kLineEnd);
+        size += name.size() + 1 + value.size() + kLineEnd.size();
     }
-    return text.append(kLineEnd);
+    std::string text;
+    text.reserve(size);
+    for (const auto& [name, value] : headers) {
+        text += name;
+        text += '=';
+        text += value;
+        text += kLineEnd;
+    }
+    return text.append(kLineEnd).append(body);
 }
 
 HeaderLine parseHeaderLine(std::string_view line) {
@@ -25,29 +32,19 @@ HeaderLine parseHeaderLine(std::string_view line) {
     return {Util::Internal::trim(pieces.first), Util::Internal::trim(pieces.second)};
 }
 
-HeaderReader::HeaderReader(ResponseStream& stream) : m_stream(stream) {
-    m_line.reserve(kLineRoom);
-}
+HeaderReader::HeaderReader(ResponseStream& stream) : m_stream(stream) {}
 
 bool HeaderReader::next(std::string_view& line) {
     m_line.clear();
     std::string_view piece;
     while (!takeFromBlock(piece)) {
         m_line.append(piece);
-        // The block is used up: ask the proxy. Compared as an integer, so that a status whose low
-        // byte is that of a line feed does not end the line.
-        const int byte = m_stream.read();
-        if (byte == '\n') {
-            line = m_line;
-            return !line.empty();
+        m_stream.fill();
+        if (m_stream.isUsedUp()) {  // no data: the proxy's result itself is the line's next byte
+            m_line.push_back(static_cast<char>(m_stream.m_count));
         }
-        m_line.push_back(static_cast<char>(byte));
     }
-    if (m_line.empty()) {
-        line = piece;
-    } else {
-        line = m_line.append(piece);
-    }
+    line = m_line.empty() ? piece : m_line.append(piece);
     return !line.empty();
 }
 

@@ -5,6 +5,7 @@
 #ifndef MORVENN_CLIENT_HEADERTEXT_H
 #define MORVENN_CLIENT_HEADERTEXT_H
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -13,9 +14,16 @@
 
 namespace Morvenn::Net::MvServerProxy::Client::Internal {
 
-inline constexpr char kLineEnd[] = "\r\n";
+inline constexpr std::string_view kLineEnd = "\r\n";
 
-std::string formatHeaders(const std::map<std::string, std::string>& headers);
+/// Ordered byte by byte; names are looked up without a copy of them.
+using HeaderMap = std::map<std::string, std::string, std::less<>>;
+
+/// The value of @p name, empty when there is none; valid until the header changes.
+std::string_view valueOf(const HeaderMap& headers, std::string_view name);
+
+/// The header lines with their empty line, and @p body after them.
+std::string formatHeaders(const HeaderMap& headers, std::string_view body = {});
 
 struct HeaderLine {
     std::string_view key;

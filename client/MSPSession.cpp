@@ -1,5 +1,7 @@
 #include "morvenn/net/mvserverproxy/client/MSPSession.h"
 
+#include <utility>
+
 namespace Morvenn::Net::MvServerProxy::Client {
 
 MSPSession::MSPSession() = default;
@@ -7,8 +9,8 @@ MSPSession::MSPSession(const MSPSession&) = default;
 MSPSession& MSPSession::operator=(const MSPSession&) = default;
 MSPSession::~MSPSession() = default;
 
-void MSPSession::setSessionId(const std::string& id) {
-    m_sessionId = id;
+void MSPSession::setSessionId(std::string id) {
+    m_sessionId = std::move(id);
 }
 
 std::string MSPSession::getSessionId() const {

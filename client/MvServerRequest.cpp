@@ -95,7 +95,10 @@ std::string MvServerRequest::formatHeaders() {
 
 void MvServerRequest::parseHeader(std::string_view line) {
     const Internal::HeaderLine header = Internal::parseHeaderLine(line);
-    m_responseHeaders.insert_or_assign(std::string(header.key), header.value);
+    const auto [entry, isNew] = m_responseHeaders.emplace(header.key, header.value);
+    if (!isNew) {
+        entry->second = header.value;
+    }
 }
 
 ResponseStream& MvServerRequest::exchange() {

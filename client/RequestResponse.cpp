@@ -21,10 +21,12 @@ std::istream* MvServerRequest::openResponse() {
     }
     // By design: a response without the key empties the session's id.
     // (Session.ResponseWithoutTheKeyEmptiesTheId)
-    const std::string& id = m_responseHeaders[HeaderKeys::kResponseSessionId];
+    const std::string_view id =
+        Internal::valueOf(m_responseHeaders, HeaderKeys::kResponseSessionId);
     m_session->setSessionId(Util::Internal::fromUtf8(id.data(), static_cast<int>(id.size())));
 
-    const bool compressed = m_responseHeaders[HeaderKeys::kResponseCompression] == "true";
+    const bool compressed =
+        Internal::valueOf(m_responseHeaders, HeaderKeys::kResponseCompression) == "true";
     auto buffer = std::make_unique<MSPBufferBase<char>>(std::move(m_responseStream), compressed);
     auto stream = std::make_unique<MSPStream>(buffer.get());
     static_cast<void>(buffer.release());  // the stream's now

@@ -44,20 +44,16 @@ std::istream* MvServerRequest::send() {
 }
 
 void MvServerRequest::checkValidity() const {
-    const auto valueOf = [this](const char* name) {
-        const auto header = m_headers.find(name);
-        return header == m_headers.end() ? std::string() : header->second;
-    };
     for (const char* name : {HeaderKeys::kEnvName, HeaderKeys::kServerUrl,
                              HeaderKeys::kBaseServerUrl, HeaderKeys::kBaseFullUrl}) {
-        const std::string value = valueOf(name);
+        const std::string_view value = Internal::valueOf(m_headers, name);
         if (!value.empty() && value != kNone) {
             return;
         }
     }
     // By design: only the literal "null" marks a request as not for signing; an absent or empty
     // value lets it pass. (Validity.OnlyTheLiteralNullIsRefused)
-    if (valueOf(HeaderKeys::kGeneratePkcs7Signatures) == kNone) {
+    if (Internal::valueOf(m_headers, HeaderKeys::kGeneratePkcs7Signatures) == kNone) {
         throw MSPProtocolException(
             "Not a signature generation request, and both the environment name and server URL "
             "supplied are empty.");
@@ -80,7 +76,7 @@ void MvServerRequest::addSessionHeader() {
 // By design: this text is not converted to UTF-8, unlike the headers of a stream body.
 // (TextBody.HeadersAndBodyGoOutUnconvertedInOneText)
 void MvServerRequest::sendTextBody() {
-    const std::string text = formatHeaders() + m_body;
+    const std::string text = Internal::formatHeaders(m_headers, m_body);
     checked(MvServerProxy_Send(checkedText(text.c_str())));
     checked(MvServerProxy_SendEOF());
 }

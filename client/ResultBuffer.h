@@ -2,46 +2,68 @@
 #ifndef MORVENN_CLIENT_RESULTBUFFER_H
 #define MORVENN_CLIENT_RESULTBUFFER_H
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <streambuf>
 #include <string>
-#include <utility>
 
 namespace Morvenn::Net::MvServerProxy::Client::Internal {
 
-/// Starts at 16384 bytes and doubles when more are needed. Holds no byte that was not received.
+/// Starts at 16384 bytes and doubles when more are needed. What it holds stays where it is: each
+/// doubling adds a piece as large as all before it. Holds no byte that was not received.
 class ResultBuffer {
 public:
+    ResultBuffer() : m_room(kFirstPiece) { m_pieces[0].reset(new char[kFirstPiece]); }
+
     /// Appends what @p source holds ready, without making it ask for more.
     void append(std::streambuf& source) {
-        const std::streamsize ready = source.in_avail();
-        const std::size_t needed = m_length + static_cast<std::size_t>(ready);
-        if (needed > m_capacity) {
-            grow(needed);
+        for (auto ready = toSize(source.in_avail()); ready > 0;) {
+            if (m_room == 0) {
+                grow();
+            }
+            char* const end = m_pieces[m_last].get() + pieceSize(m_last) - m_room;
+            const std::size_t size = std::min(ready, m_room);
+            const std::size_t taken = toSize(source.sgetn(end, static_cast<std::streamsize>(size)));
+            m_room -= taken;
+            m_length += taken;
+            ready -= size;
         }
-        m_length += static_cast<std::size_t>(source.sgetn(m_data.get() + m_length, ready));
     }
 
     std::size_t length() const { return m_length; }
-    std::string text() const { return std::string(m_data.get(), m_length); }
 
-private:
-    void grow(std::size_t needed) {
-        std::size_t capacity = m_capacity;
-        while (capacity < needed) {
-            capacity *= 2;
+    std::string text() const {
+        std::string text;
+        text.reserve(m_length);
+        for (std::size_t i = 0; i <= m_last; ++i) {
+            text.append(m_pieces[i].get(), std::min(pieceSize(i), m_length - text.size()));
         }
-        std::unique_ptr<char[]> data(new char[capacity]);
-        std::memcpy(data.get(), m_data.get(), m_length);
-        m_data = std::move(data);
-        m_capacity = capacity;
+        return text;
     }
 
-    std::size_t m_capacity = 16384;
+private:
+    static constexpr std::size_t kFirstPiece = 16384;
+    static constexpr std::size_t kPieces = 32;  // together 32 TiB
+
+    static std::size_t toSize(std::streamsize size) { return static_cast<std::size_t>(size); }
+
+    static std::size_t pieceSize(std::size_t index) {
+        return index == 0 ? kFirstPiece : kFirstPiece << (index - 1);
+    }
+
+    void grow() {
+        const std::size_t size = pieceSize(m_last + 1);
+        m_pieces[m_last + 1].reset(new char[size]);
+        ++m_last;
+        m_room = size;
+    }
+
+    std::array<std::unique_ptr<char[]>, kPieces> m_pieces;
+    std::size_t m_last = 0;
+    std::size_t m_room;  // in the last piece
     std::size_t m_length = 0;
-    std::unique_ptr<char[]> m_data{new char[m_capacity]};
 };
 
 }  // namespace Morvenn::Net::MvServerProxy::Client::Internal

@@ -29,6 +29,8 @@ function(mv_target target)
       $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
       $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>
       -fstack-protector-strong -fstack-clash-protection)
+    # All symbols are resolved at start (-z now), so that calls need no stub that resolves them late.
+    target_compile_options(${target} PRIVATE -fno-plt)
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i.86")
       target_compile_options(${target} PRIVATE -fcf-protection)
     endif()

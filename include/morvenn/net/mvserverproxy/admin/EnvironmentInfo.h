@@ -19,6 +19,10 @@
 
 namespace Morvenn::Net::MvServerProxy::Admin {
 
+namespace Internal {
+class EnvironmentParser;
+}
+
 /** Text properties of one service. Keys are compared byte for byte. A plain value. */
 class MVCPP_API Service {
 public:
@@ -44,6 +48,8 @@ public:
     const std::string& getProperty(const std::string& key);
 
 private:
+    friend class Internal::EnvironmentParser;
+
     std::map<std::string, std::string> m_properties;
 };
 
@@ -89,6 +95,8 @@ public:
     void setIndex(const std::string& text);
 
 private:
+    friend class Internal::EnvironmentParser;
+
     std::string m_name;
     int m_index;
     std::map<std::string, Service> m_services;

@@ -39,7 +39,7 @@ public:
 private:
     friend class MvServerRequest;
 
-    MVCPP_LOCAL void setSessionId(const std::string& id);
+    MVCPP_LOCAL void setSessionId(std::string id);
     MVCPP_LOCAL std::string getSessionId() const;
 
     std::string m_sessionId;

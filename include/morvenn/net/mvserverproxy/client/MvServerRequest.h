@@ -23,6 +23,7 @@
 #define MORVENN_NET_MVSERVERPROXY_CLIENT_MVSERVERREQUEST_H
 
 #include <atomic>
+#include <functional>
 #include <istream>
 #include <map>
 #include <memory>
@@ -193,7 +194,7 @@ public:
     [[noreturn]] static void generateLocalMSPException(int code, const std::string& message);
 
 private:
-    using HeaderMap = std::map<std::string, std::string>;
+    using HeaderMap = std::map<std::string, std::string, std::less<>>;
 
     MVCPP_LOCAL int processCredentialRequest();
     MVCPP_LOCAL void parseHeader(std::string_view line);
