@@ -65,7 +65,12 @@ void EnvironmentParser::readServices(Environment& environment, const std::string
     for (std::string_view line; readLine(line) && !line.empty();) {
         Service service;
         const int count = Util::Internal::toInt(trim(line));
-        environment.setService(readProperties(service, count), service);
+        const std::string type = readProperties(service, count);
+        // As setService(), but the properties are handed over instead of copied.
+        const auto [entry, isNew] = environment.m_services.try_emplace(type);
+        if (isNew) {
+            entry->second.m_properties.swap(service.m_properties);
+        }
         environment.setName(name);
         environment.setIndex(index);
     }
@@ -83,9 +88,9 @@ std::string EnvironmentParser::readProperties(Service& service, int count) {
             continue;
         }
         const auto pieces = Util::Internal::firstTwoPieces(line, '=');
-        const std::string key(trim(pieces.first));
-        const std::string value(trim(pieces.second));
-        service.setProperty(key, value);
+        const std::string_view key = trim(pieces.first);
+        const std::string_view value = trim(pieces.second);
+        service.m_properties.emplace(key, value);
         if (key == kTypeKey) {
             serviceName = value;
         }
