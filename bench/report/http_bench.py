@@ -1,0 +1,63 @@
+"""Runs mv_bench_http: each job with each client, in random order, all on one core with the server."""
+import collections
+import json
+import os
+import random
+import subprocess
+
+import http_server
+import judge
+
+SMALL_ANSWER = 1024
+RUNS = 7
+# job: path, https, body, exchanges, gzip, clients
+JOBS = {
+    "download": ("/large", False, 10, 1, False, ("library", "curl", "poco")),
+    "download_tls": ("/large", True, 10, 1, False, ("library", "curl", "poco")),
+    "upload": ("/sink", False, "large", 1, False, ("library", "curl", "poco")),
+    "upload_tls": ("/sink", True, "large", 1, False, ("library", "curl", "poco")),
+    "gzip": ("/gzip", False, 10, 1, True, ("library", "curl", "poco")),
+    "small": ("/small", False, 100, "small", False, ("library", "curl", "poco", "httplib")),
+}
+
+
+def environment(authorities):
+    kept = {name: value for name, value in os.environ.items() if "proxy" not in name.lower()}
+    return {**kept, "MV_SERVERPROXY_CA_FILE": str(authorities)}
+
+
+def one(program, client, base, job, sizes, env):
+    path, _, body, exchanges, compressed, _ = job
+    command = [program, client, base + path, str(sizes.get(body, body)),
+               str(sizes.get(exchanges, exchanges))] + (["gzip"] if compressed else [])
+    out = subprocess.run(command, capture_output=True, text=True, env=env, timeout=600)
+    if out.returncode != 0:
+        raise RuntimeError(f"{' '.join(command)}: {out.stderr.strip()}")
+    return json.loads(out.stdout)
+
+
+def check_equal(received):
+    for name, amounts in received.items():
+        if len(set(amounts.values())) != 1:
+            raise RuntimeError(f"{name}: the clients received different amounts: {amounts}")
+
+
+def run(program, quick):
+    sizes = {"large": (64 if quick else 1024) << 20, "small": 2000 if quick else 20000}
+    os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
+    measured = collections.defaultdict(lambda: collections.defaultdict(list))
+    received = collections.defaultdict(dict)
+    with http_server.running(sizes["large"], 200_000_000, SMALL_ANSWER) as (plain, tls, authorities):
+        env = environment(authorities)
+        order = [(name, client) for name, job in JOBS.items() for client in job[-1]]
+        for _ in range(2 if quick else RUNS):
+            random.shuffle(order)
+            for name, client in order:
+                base = tls if JOBS[name][1] else plain
+                result = one(program, client, base, JOBS[name], sizes, env)
+                received[name][client] = result.pop("received")
+                for key, value in result.items():
+                    measured[f"{name}/{client}"][key].append(value)
+    check_equal(received)
+    return {name: {key: judge.summary(values) for key, values in row.items()}
+            for name, row in sorted(measured.items())}
