@@ -120,7 +120,8 @@ public:
             unsigned long from = 0;
             unsigned long to = 0;
             char mode[5] = {};
-            if (std::sscanf(line.c_str(), "%lx-%lx %4s", &from, &to, mode) == 3 && mode[1] == 'w') {
+            if (std::sscanf(line.c_str(), "%lx-%lx %4s", &from, &to, mode) == 3 && mode[1] == 'w' &&
+                to - from <= kLargestMapping) {
                 found += countBetween(memory, from, to);
             }
         }
@@ -130,6 +131,8 @@ public:
 
 private:
     static constexpr std::size_t kStep = 65536;
+    // Larger ones are the shadow of a sanitizer: terabytes that hold no data of the program.
+    static constexpr unsigned long kLargestMapping = 1UL << 30U;
 
     int countBetween(int memory, unsigned long from, unsigned long to) {
         int found = 0;
