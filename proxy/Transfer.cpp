@@ -74,8 +74,15 @@ void Transfer::abandon() {
     if (m_running && refusesExpect()) {
         doWithoutExpect();
     }
-    if (m_running && !m_finished) {
+    const bool interrupted = m_running && !m_finished;
+    // A forward proxy that refused need not have read the body: what follows on the same connection
+    // may wait for ever. A handle that was interrupted would send its body again.
+    const bool unusable = interrupted || (m_running && proxyDemands());
+    if (interrupted) {
         curl_multi_remove_handle(m_session.multi(), m_session.easy());
+    }
+    if (unusable) {
+        m_session.drop();
     }
     m_errorText[0] = '\0';
     m_thrown.reset();

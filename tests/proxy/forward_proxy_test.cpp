@@ -129,6 +129,24 @@ TEST_F(ForwardProxyTest, ATextBodyWithoutCredentialsFailsWithTheRemedy) {
     }
 }
 
+TEST_F(ForwardProxyTest, AStreamAfterARefusedTextIsSentOnceAndWhole) {
+    for (const std::size_t size : {100U, 70000U, 3000000U}) {
+        SCOPED_TRACE(size);
+        ScriptedProxy proxy(
+            {"Proxy-Authenticate: Basic realm=\"corp\"\r\n", {basic("bob:secret")}});
+        ASSERT_EQ(startWith(proxy), 0);
+        const std::string body = pattern(size);
+        EXPECT_EQ(sendText(headerText(kTarget), body).code, MV_STATUS_CANNOT_CONNECT);
+        const Reply reply = sendStream(headerText(kTarget), body, {answerText("bob", "secret")});
+        EXPECT_EQ(reply.code, 0) << reply.error;
+        EXPECT_EQ(reply.instructions, (Instructions{17, 16, 18}));
+        EXPECT_TRUE(reply.body == body);
+        EXPECT_EQ(proxy.log(),
+                  (Lines{"407 none", "407 none", "200 Basic " + std::to_string(size)}));
+        stop();
+    }
+}
+
 TEST_F(ForwardProxyTest, SchemesThatAreNotSpokenAreRefusedByName) {
     ScriptedProxy proxy({"Proxy-Authenticate: Negotiate\r\n", {}});
     ASSERT_EQ(startWith(proxy), 0);
