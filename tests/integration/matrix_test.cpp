@@ -108,7 +108,7 @@ protected:
     bool endsWell() const { return way == Way::Direct || password != Password::AlwaysWrong; }
 
     void expectArrival(const Outcome& outcome) {
-        EXPECT_EQ(outcome.failure, "") << outcome.message;
+        ASSERT_EQ(outcome.failure, "") << outcome.message;
         EXPECT_EQ(outcome.code, "200");
         EXPECT_TRUE(outcome.body == body) << outcome.body.size() << " bytes came back";
         EXPECT_EQ(origin.arrived(1),

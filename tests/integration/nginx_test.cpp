@@ -1,0 +1,118 @@
+// nginx as origin: certificates, compression, refusals before the body, connections that end.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "BodyStreams.h"
+#include "Client.h"
+#include "Nginx.h"
+
+namespace Morvenn::Net::MvServerProxy::Integration {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class NginxOrigin : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { s_nginx = std::make_unique<Nginx>(); }
+    static void TearDownTestSuite() { s_nginx.reset(); }
+
+    static std::unique_ptr<Nginx> s_nginx;
+};
+
+std::unique_ptr<Nginx> NginxOrigin::s_nginx;
+
+TEST_F(NginxOrigin, BadCertificatesAreRefusedBeforeAnythingIsSent) {
+    const StartedLibrary library({{"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
+    Lines names = Nginx::badCertificates();
+    names.emplace_back("oldProtocol");
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        for (const Form form : {Form::Stream, Form::Text}) {
+            const std::string url = s_nginx->tlsUrl(name, "/text");
+            const Outcome outcome = exchange({url, pattern(70000), form});
+            EXPECT_EQ(outcome.failure, "MSPConnectionException");
+            EXPECT_EQ(outcome.message.rfind("cannot exchange with " + url + ": ", 0), 0U)
+                << outcome.message;
+        }
+    }
+    const Outcome good = exchange({s_nginx->tlsUrl("good", "/text"), "abc", Form::Stream});
+    EXPECT_EQ(good.failure, "") << good.message;
+    EXPECT_TRUE(good.body == Nginx::text());
+    // The good one is the only request that any of the servers on https has seen.
+    const Lines seen = s_nginx->tlsRequests(1);
+    ASSERT_EQ(seen.size(), 1U) << seen.front();
+    EXPECT_EQ(seen.front().rfind(s_nginx->tlsUrl("good", "").substr(18) + " 200 ", 0), 0U)
+        << seen.front();
+}
+
+TEST_F(NginxOrigin, TheSystemsAuthoritiesDoNotVouchForATestAuthority) {
+    const StartedLibrary library({});
+    const Outcome outcome = exchange({s_nginx->tlsUrl("good", "/text"), "abc", Form::Stream});
+    EXPECT_EQ(outcome.failure, "MSPConnectionException");
+}
+
+TEST_F(NginxOrigin, ItsGzipArrivesInflatedWhenAskedFor) {
+    const StartedLibrary library({{"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
+    for (const std::string& url : {s_nginx->plainUrl("/text"), s_nginx->tlsUrl("good", "/text")}) {
+        for (const std::string compressed : {"true", "false"}) {
+            const Outcome outcome =
+                exchange({url, "abc", Form::Stream, nullptr, {{"Use-Compression", compressed}}});
+            EXPECT_EQ(outcome.failure, "") << outcome.message;
+            EXPECT_TRUE(outcome.body == Nginx::text()) << outcome.body.size();
+        }
+    }
+}
+
+TEST_F(NginxOrigin, ARefusalEndsTheBodyEarlyAndIsDelivered) {
+    const StartedLibrary library({});
+    constexpr std::uint64_t kSize = std::uint64_t{64} << 20U;
+    GeneratedBody body(kSize);
+    const Outcome outcome =
+        exchange({s_nginx->plainUrl("/deny"), "", Form::Stream, nullptr, {}, &body});
+    EXPECT_EQ(outcome.failure, "") << outcome.message;
+    EXPECT_EQ(outcome.code, "413");
+    EXPECT_EQ(outcome.body, Nginx::kDenied);
+    EXPECT_LT(body.given(), kSize / 2);
+}
+
+TEST_F(NginxOrigin, ConnectionsThatServeThreeRequestsServeThemAll) {
+    const StartedLibrary library({});
+    const std::size_t before = s_nginx->plainRequests(0).size();
+    for (int request = 0; request < 20; ++request) {
+        const Form form = request % 2 == 0 ? Form::Stream : Form::Text;
+        const Outcome outcome = exchange({s_nginx->plainUrl("/text"), "abc", form});
+        ASSERT_EQ(outcome.failure, "") << request << " " << outcome.message;
+    }
+    Lines seen = s_nginx->plainRequests(before + 20);
+    seen.erase(seen.begin(), seen.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ(seen.size(), 20U);
+    EXPECT_EQ(seen.front(), "200 1");
+    for (const std::string& line : seen) {
+        EXPECT_TRUE(line == "200 1" || line == "200 2" || line == "200 3") << line;
+    }
+}
+
+TEST_F(NginxOrigin, ConnectionsClosedBehindAPauseAreReplaced) {
+    const StartedLibrary library({});
+    for (int request = 0; request < 5; ++request) {
+        const Outcome outcome = exchange({s_nginx->plainUrl("/text"), "abc", Form::Stream});
+        EXPECT_EQ(outcome.failure, "") << request << " " << outcome.message;
+        std::this_thread::sleep_for(std::chrono::milliseconds(120));  // the application's pause
+    }
+}
+
+TEST_F(NginxOrigin, AReloadInBetweenFailsNoExchange) {
+    const StartedLibrary library({});
+    s_nginx->reload();
+    ASSERT_TRUE(waitUntil([&] {
+        const Outcome outcome = exchange({s_nginx->plainUrl("/text"), "abc", Form::Stream});
+        EXPECT_EQ(outcome.failure, "") << outcome.message;
+        return s_nginx->hasReloaded();
+    }));
+    EXPECT_EQ(exchange({s_nginx->plainUrl("/text"), "abc", Form::Text}).code, "200");
+}
+
+}  // namespace
+}  // namespace Morvenn::Net::MvServerProxy::Integration
