@@ -1,12 +1,14 @@
 // nginx as origin: certificates, compression, refusals before the body, connections that end.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <thread>
 
 #include "BodyStreams.h"
 #include "Client.h"
 #include "Nginx.h"
+#include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
 
 namespace Morvenn::Net::MvServerProxy::Integration {
 namespace {
@@ -25,16 +27,26 @@ std::unique_ptr<Nginx> NginxOrigin::s_nginx;
 
 TEST_F(NginxOrigin, BadCertificatesAreRefusedBeforeAnythingIsSent) {
     const StartedLibrary library({{"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
-    Lines names = Nginx::badCertificates();
-    names.emplace_back("oldProtocol");
-    for (const std::string& name : names) {
-        SCOPED_TRACE(name);
+    const struct {
+        const char* server;
+        const char* why;
+    } rows[] = {
+        {"unknownCa", "unable to get local issuer certificate"},
+        {"wrongName", "no alternative certificate subject name matches target host name"},
+        {"expired", "certificate has expired"},
+        {"notYetValid", "certificate is not yet valid"},
+        {"selfSigned", "self-signed certificate"},
+        {"oldProtocol", "protocol"},
+    };
+    for (const auto& row : rows) {
+        const std::string url = s_nginx->tlsUrl(row.server, "/text");
         for (const Form form : {Form::Stream, Form::Text}) {
-            const std::string url = s_nginx->tlsUrl(name, "/text");
+            SCOPED_TRACE(row.server);
             const Outcome outcome = exchange({url, pattern(70000), form});
             EXPECT_EQ(outcome.failure, "MSPConnectionException");
             EXPECT_EQ(outcome.message.rfind("cannot exchange with " + url + ": ", 0), 0U)
                 << outcome.message;
+            EXPECT_NE(outcome.message.find(row.why), std::string::npos) << outcome.message;
         }
     }
     const Outcome good = exchange({s_nginx->tlsUrl("good", "/text"), "abc", Form::Stream});
@@ -63,6 +75,31 @@ TEST_F(NginxOrigin, ItsGzipArrivesInflatedWhenAskedFor) {
             EXPECT_TRUE(outcome.body == Nginx::text()) << outcome.body.size();
         }
     }
+}
+
+TEST_F(NginxOrigin, ItsGzipIsHandedOverAsItCame) {
+    const StartedLibrary library({});
+    const std::string header =
+        "Server-Url=" + s_nginx->plainUrl("/text") + "\r\nUse-Compression=true\r\n\r\n";
+    MvServerProxy_SendNoAck(header.c_str());
+    ASSERT_EQ(MvServerProxy_SendEOF(), 0);
+    std::array<char, MV_PROXY_BLOCK_SIZE> block{};
+    ASSERT_EQ(MvServerProxy_Receive(block.data()), MV_INSTRUCTION_SEND_BODY);
+    ASSERT_EQ(MvServerProxy_SendNoAck("abc"), 1);
+    ASSERT_EQ(MvServerProxy_SendEOF(), 0);
+    ASSERT_EQ(MvServerProxy_Receive(block.data()), MV_INSTRUCTION_RESPONSE_READY);
+    std::string response;
+    int count = 0;
+    while ((count = MvServerProxy_Receive(block.data())) > 0) {
+        response.append(block.data(), static_cast<std::size_t>(count));
+    }
+    MvServerProxy_Complete();
+    EXPECT_EQ(count, -1);
+    const std::size_t begin = response.find("\n\n") + 2;
+    EXPECT_NE(response.substr(0, begin).find("\nResponseHeaderCompression=true\n"),
+              std::string::npos);
+    EXPECT_EQ(response.substr(begin, 3), "\x1f\x8b\x08");  // how every gzip member begins
+    EXPECT_LT(response.size(), Nginx::text().size() / 2);
 }
 
 TEST_F(NginxOrigin, ARefusalEndsTheBodyEarlyAndIsDelivered) {
