@@ -47,7 +47,7 @@ AuthScope receiveChallenge(ResponseStream& stream) {
 // By design: a provider that gives null is treated like one that refuses, so the line is logged
 // twice and the caller receives the MSPRuntimeException of a refusal.
 // (CredentialChallenge.NullCredentialLogsTwiceAndFailsAsRuntimeException)
-const Credential& askProvider(const CredentialProvider& provider, const AuthScope& scope) {
+const Credential& askProvider(const CredentialProvider& provider, AuthScope& scope) {
     try {
         const Credential* credential = provider.getCredential(&scope);
         if (credential == nullptr) {

@@ -19,7 +19,7 @@ class OneCredential : public CredentialProvider {
 public:
     OneCredential(const char* user, const char* password) : m_credential(user, password) {}
 
-    const Credential* getCredential(const AuthScope* scope) const override {
+    const Credential* getCredential(AuthScope* scope) const override {
         std::cout << scope->getRealm() << " asks for credentials\n";
         if (m_given) {
             throw CredentialsUnavailableException(

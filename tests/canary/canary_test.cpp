@@ -90,7 +90,7 @@ using Provide = std::function<const Credential*()>;
 class Provider final : public Client::CredentialProvider {
 public:
     explicit Provider(const Provide& provide) : m_provide(provide) {}
-    const Credential* getCredential(const Client::AuthScope*) const override { return m_provide(); }
+    const Credential* getCredential(Client::AuthScope*) const override { return m_provide(); }
 
 private:
     const Provide& m_provide;

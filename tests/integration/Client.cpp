@@ -60,7 +60,7 @@ RecordingProvider::RecordingProvider(std::vector<std::string> passwords) {
     }
 }
 
-const Client::Credential* RecordingProvider::getCredential(const Client::AuthScope* scope) const {
+const Client::Credential* RecordingProvider::getCredential(Client::AuthScope* scope) const {
     m_scopes.push_back(scope->getHost() + " " + scope->getPort() + " " + scope->getRealm());
     return &m_credentials[std::min(m_scopes.size(), m_credentials.size()) - 1];
 }

@@ -25,7 +25,7 @@ public:
 class RecordingProvider : public Client::CredentialProvider {
 public:
     explicit RecordingProvider(std::vector<std::string> passwords);
-    const Client::Credential* getCredential(const Client::AuthScope* scope) const override;
+    const Client::Credential* getCredential(Client::AuthScope* scope) const override;
 
     // "HOST PORT REALM" of each call.
     const std::vector<std::string>& scopes() const { return m_scopes; }

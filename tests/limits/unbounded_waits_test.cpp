@@ -24,7 +24,7 @@ protected:
 
 class Gateway : public CredentialProvider {
 public:
-    const Credential* getCredential(const AuthScope* /*scope*/) const override {
+    const Credential* getCredential(AuthScope* /*scope*/) const override {
         return &m_credential;
     }
 

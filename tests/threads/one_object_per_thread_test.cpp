@@ -30,7 +30,7 @@ int exchanges() {
 
 class Gateway : public CredentialProvider {
 public:
-    const Credential* getCredential(const AuthScope* /*scope*/) const override {
+    const Credential* getCredential(AuthScope* /*scope*/) const override {
         return &m_credential;
     }
 

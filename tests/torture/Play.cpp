@@ -28,7 +28,7 @@ class ScenarioProvider : public Client::CredentialProvider {
 public:
     explicit ScenarioProvider(Provider kind) : m_kind(kind) {}
 
-    const Client::Credential* getCredential(const Client::AuthScope* scope) const override {
+    const Client::Credential* getCredential(Client::AuthScope* scope) const override {
         {
             const HeapPause pause;
             m_scopes +=

@@ -20,7 +20,7 @@ public:
     explicit ScriptedProvider(const Client::Credential* credential)
         : m_answer([credential](const Client::AuthScope&) { return credential; }) {}
 
-    const Client::Credential* getCredential(const Client::AuthScope* scope) const override {
+    const Client::Credential* getCredential(Client::AuthScope* scope) const override {
         m_scopes.push_back(*scope);
         return m_answer(*scope);
     }

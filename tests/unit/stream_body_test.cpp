@@ -34,7 +34,7 @@ protected:
 // A provider that always has the same credential.
 class Provider : public CredentialProvider {
 public:
-    const Credential* getCredential(const AuthScope* /*scope*/) const override {
+    const Credential* getCredential(AuthScope* /*scope*/) const override {
         return &m_credential;
     }
 

@@ -23,7 +23,7 @@ std::string described(const AuthScope& scope) {
 
 }  // namespace
 
-const Credential* CredentialPrompt::getCredential(const AuthScope* scope) const {
+const Credential* CredentialPrompt::getCredential(AuthScope* scope) const {
     const std::string who = described(*scope);
     ++m_asked;
     if (m_asked > (fromOptions() ? 1 : kMostPrompts)) {

@@ -27,7 +27,7 @@ public:
     CredentialPrompt(const CredentialPrompt&) = delete;
     CredentialPrompt& operator=(const CredentialPrompt&) = delete;
 
-    const Client::Credential* getCredential(const Client::AuthScope* scope) const override;
+    const Client::Credential* getCredential(Client::AuthScope* scope) const override;
 
 private:
     bool fromOptions() const;

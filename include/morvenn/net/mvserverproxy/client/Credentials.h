@@ -93,14 +93,14 @@ public:
     /** @} */
 
     /**
-     * Gives the credential for @p scope.
+     * Gives the credential for @p scope, which is lent for the duration of the call.
      * @return the credential to present, or null when there is none: the request then fails with
      *         MSPRuntimeException, type code 0.
      * @throws CredentialsUnavailableException to refuse with a type code and message of one's own,
      *         which the request's caller receives in an MSPRuntimeException. Any other exception
      *         reaches that caller unchanged.
      */
-    virtual const Credential* getCredential(const AuthScope* scope) const = 0;
+    virtual const Credential* getCredential(AuthScope* scope) const = 0;
 };
 
 }  // namespace Morvenn::Net::MvServerProxy::Client
