@@ -93,7 +93,7 @@ TEST(Credentials, ProvidersCanBeCopiedAndMoved) {
     const ScriptedProvider provider(&credential);
     ScriptedProvider copy(provider);
     ScriptedProvider moved(std::move(copy));
-    const AuthScope scope("gateway", "3128", "corp");
+    AuthScope scope("gateway", "3128", "corp");
     EXPECT_EQ(moved.getCredential(&scope), &credential);
     moved = provider;
     EXPECT_EQ(moved.getCredential(&scope), &credential);
