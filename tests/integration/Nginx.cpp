@@ -113,7 +113,7 @@ std::unique_ptr<Daemon> Nginx::start() {
                        "  access_log " +
                        m_folder.file("plain.log") +
                        " plain;\n"
-                       "  location = /deny { return 413 \"" +
+                       "  location = /deny { access_log off; return 413 \"" +
                        "too big\\n" +
                        "\"; }\n"
                        "  location / { error_page 405 =200 $uri; }\n"

@@ -27,7 +27,7 @@ public:
     // Whether a worker process has been told to finish, after reload().
     bool hasReloaded() const;
 
-    // Every request to the plain server: "STATUS N", the N-th of its connection.
+    // Every request to the plain server but "/deny": "STATUS N", the N-th of its connection.
     std::vector<std::string> plainRequests(std::size_t count) const;
     // Every request to a server on https: "PORT STATUS LENGTH".
     std::vector<std::string> tlsRequests(std::size_t count) const;
