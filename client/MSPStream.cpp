@@ -71,7 +71,7 @@ MSPBufferBase<CharT>::MSPBufferBase(std::unique_ptr<ResponseStream> responseStre
 }
 
 template <class CharT>
-MSPBufferBase<CharT>::MSPBufferBase(const MSPBufferBase& other)
+MSPBufferBase<CharT>::MSPBufferBase(const MSPBufferBase& other)  // NOLINT(*-member-init): assigned
     : std::basic_streambuf<CharT>(other) {
     *this = other;
 }

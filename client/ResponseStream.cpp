@@ -16,9 +16,12 @@ ResponseStream::ResponseStream(const ResponseStream& other)  // NOLINT(*-member-
 }
 
 ResponseStream& ResponseStream::operator=(const ResponseStream& other) {
+    if (this == &other) {
+        return *this;
+    }
     m_count = other.m_count;
     m_pos = other.m_pos;
-    std::memmove(m_block, other.m_block, sizeof m_block);
+    std::memcpy(m_block, other.m_block, sizeof m_block);
     return *this;
 }
 

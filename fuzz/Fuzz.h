@@ -14,6 +14,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace Fuzz {
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kIsSanitized = true;
+#else
+constexpr bool kIsSanitized = false;
+#endif
+#else
+constexpr bool kIsSanitized = false;
+#endif
+
 inline void require(bool holds, const char* expectation) {
     if (!holds) {
         std::fprintf(stderr, "does not hold: %s\n", expectation);

@@ -26,7 +26,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         Hub::acceptsGzip(request);
         Hub::announcedBody(request);
     } catch (const Hub::Refusal& refusal) {
-        Fuzz::require(refusal.status() >= 400 && refusal.status() < 500, "it is the client's fault");
+        Fuzz::require(refusal.status() >= 400 && refusal.status() < 500,
+                      "it is the client's fault");
     }
     return 0;
 }

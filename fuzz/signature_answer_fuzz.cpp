@@ -30,6 +30,9 @@ void check(const std::string& text) {
     if (!isNegative && announced(record) > kMostEntries) {
         return;
     }
+    if (isNegative && Fuzz::kIsSanitized) {
+        return;  // the sanitizer ends a program that asks for so much
+    }
     const Reference::SignatureAnswer wanted = Reference::signatureAnswer(record);
     std::vector<std::string> blocks = {std::string(18, '.'), "\n"};
     for (const std::string& block : Fuzz::blocksOf(text, 16384)) {

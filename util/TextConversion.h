@@ -8,6 +8,9 @@
 //
 // By design: characters that cannot be represented are substituted, not reported.
 // (TextConversion.WhatCannotBeRepresentedIsSubstituted)
+//
+// By design: a sequence that the end of a text of more than 20480 bytes cuts short may be dropped
+// instead. (TextConversion.SequenceCutShortAtTheEndOfALongTextIsDropped)
 #ifndef MORVENN_UTIL_TEXTCONVERSION_H
 #define MORVENN_UTIL_TEXTCONVERSION_H
 

@@ -140,9 +140,14 @@ TEST(Base64, DecodingStopsWithoutFailureAtTheFirstForeignCharacter) {
 TEST(Base64, FinalGroupGivesWhatItsCharactersHold) {
     const Row rows[] = {
         {"", "Z"},  // six bits are not a byte
-        {"f", "Zg"},        {"fo", "Zm8"},       {"foo", "Zm9v"}, {"foo", "Zm9vY"},
-        {"foob", "Zm9vYg"}, {"foo", "Zm9vY==="}, {"f", "Zh"},  // the bits beyond the byte do not
-                                                               // count
+        {"f", "Zg"},
+        {"fo", "Zm8"},
+        {"foo", "Zm9v"},
+        {"foo", "Zm9vY"},
+        {"foob", "Zm9vYg"},
+        {"foo", "Zm9vY==="},
+        {"f", "Zh"},  // the bits beyond the byte do not
+                      // count
         {"fo", "Zm9"},
     };
     for (const Row& row : rows) {

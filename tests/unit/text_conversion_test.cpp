@@ -79,6 +79,15 @@ TEST_F(TextConversion, InvalidBytesAreSubstituted) {
     }
 }
 
+// By design: the source converter learns of the end only from a call in which no more than 20480
+// bytes are left. A text of more bytes that fits the first buffer in characters has no such call.
+TEST_F(TextConversion, SequenceCutShortAtTheEndOfALongTextIsDropped) {
+    const std::string cut = "\xE2\x82";
+    EXPECT_EQ(toUtf8(repeated("x", 20477) + cut), repeated("x", 20477) + "\xEF\xBF\xBD");
+    EXPECT_EQ(toUtf8(repeated("x", 20479) + cut), repeated("x", 20479));
+    EXPECT_EQ(fromUtf8(repeated("x", 20479) + cut), repeated("x", 20479));
+}
+
 TEST_F(TextConversion, ThreadsConvertAtTheSameTime) {
     const std::string text = repeated("\xC3\xA9\xE2\x82\xAC", 50000);
     std::string other;
