@@ -65,7 +65,7 @@ std::string signatures(const std::vector<std::string>& entries) {
     return Reference::base64Encode(record);
 }
 
-const char kOneEnvironment[] = "Production\n7\n2\ntype=web\nurl=http://p\n\n";
+const char kOneEnvironment[] = "Production\n00000000000000000007\n2\ntype=web\nurl=http://p\n\n";
 const char kTwoEnvironments[] =
     "Production\r\n7\r\n2\r\ntype=web\r\nurl=http://production.example.com/app\r\n"
     "1\r\ntype=db\r\n\r\nTest\r\n8\r\n1\r\ntype=web\r\n\r\n";
