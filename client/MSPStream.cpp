@@ -70,8 +70,9 @@ MSPBufferBase<CharT>::MSPBufferBase(std::unique_ptr<ResponseStream> responseStre
     m_responseStream = responseStream.release();
 }
 
+// NOLINTNEXTLINE(*-member-init): assigned below
 template <class CharT>
-MSPBufferBase<CharT>::MSPBufferBase(const MSPBufferBase& other)  // NOLINT(*-member-init): assigned
+MSPBufferBase<CharT>::MSPBufferBase(const MSPBufferBase& other)
     : std::basic_streambuf<CharT>(other) {
     *this = other;
 }

@@ -46,7 +46,7 @@ std::FILE* createPrivateFile(const std::string& path) {
         return nullptr;
     }
     // One write of the stream is then one write of the system: lines stay whole across fork().
-    std::setvbuf(file, nullptr, _IONBF, 0);
+    static_cast<void>(std::setvbuf(file, nullptr, _IONBF, 0));
     return file;
 }
 
