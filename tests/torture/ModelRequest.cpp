@@ -8,6 +8,11 @@ namespace {
 
 constexpr std::size_t kChunk = 4096;
 
+std::string valueOf(const Reference::HeaderMap& headers, const std::string& name) {
+    const auto header = headers.find(name);
+    return header == headers.end() ? std::string() : header->second;
+}
+
 }  // namespace
 
 std::string ModelRequest::run(std::string& session, bool isInitialised) {
@@ -159,7 +164,7 @@ void ModelRequest::readHead(std::string& session) {
         }
         Reference::enterHeaderLine(m_responseHeaders, line);
     }
-    session = decoded(m_responseHeaders["ResponseSessionID"]);
+    session = decoded(valueOf(m_responseHeaders, "ResponseSessionID"));
 }
 
 // Empty at the end of the response.
@@ -182,7 +187,7 @@ std::string ModelRequest::nextBlock() {
 }
 
 void ModelRequest::readBody(std::string& response) {
-    if (m_responseHeaders["ResponseHeaderCompression"] == "true") {
+    if (valueOf(m_responseHeaders, "ResponseHeaderCompression") == "true") {
         readCompressed(response);
     } else {
         readPlain(response);
