@@ -11,9 +11,6 @@ namespace {
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr char kPadding = '=';
 
-// Set in the sum of four values when one of the characters is foreign.
-constexpr std::uint32_t kForeign = 1U << 24U;
-
 // Two characters for every 12 bits: half of the work for three bytes in one look-up.
 struct Pair {
     char first;
@@ -28,6 +25,16 @@ constexpr std::array<Pair, 4096> makeEncodeTable() {
     return table;
 }
 
+// Four bytes as they lie in memory, so that a decoded group is stored at once.
+constexpr std::uint32_t word(std::uint32_t b0, std::uint32_t b1, std::uint32_t b2,
+                             std::uint32_t b3) {
+    return __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? b0 | (b1 << 8U) | (b2 << 16U) | (b3 << 24U)
+                                                     : (b0 << 24U) | (b1 << 16U) | (b2 << 8U) | b3;
+}
+
+// Set in a group when one of its characters is foreign: the byte behind the three decoded ones.
+constexpr std::uint32_t kForeign = word(0, 0, 0, 1);
+
 // A character's six bits, in place for each of the four positions of a group.
 constexpr std::array<std::array<std::uint32_t, 256>, 4> makeDecodeTables() {
     std::array<std::array<std::uint32_t, 256>, 4> tables{};
@@ -36,8 +43,9 @@ constexpr std::array<std::array<std::uint32_t, 256>, 4> makeDecodeTables() {
             entry = kForeign;
         }
         for (std::uint32_t value = 0; value < 64; ++value) {
-            tables[place][static_cast<unsigned char>(kAlphabet[value])] = value
-                                                                          << (18U - 6U * place);
+            const std::uint32_t group = value << (18U - 6U * place);
+            tables[place][static_cast<unsigned char>(kAlphabet[value])] =
+                word(group >> 16U, (group >> 8U) & 0xFFU, group & 0xFFU, 0);
         }
     }
     return tables;
@@ -49,15 +57,6 @@ constexpr auto kDecode = makeDecodeTables();
 char* put(char* out, const Pair& pair) {
     std::memcpy(out, &pair, sizeof pair);
     return out + sizeof pair;
-}
-
-// The three bytes of a group and one more, which the next group writes over: one store instead of
-// three.
-char* putThree(char* out, std::uint32_t group) {
-    const char bytes[] = {static_cast<char>(group >> 16U), static_cast<char>(group >> 8U),
-                          static_cast<char>(group), '\0'};
-    std::memcpy(out, bytes, sizeof bytes);
-    return out + 3;
 }
 
 }  // namespace
@@ -85,30 +84,27 @@ std::string base64Encode(std::string_view bytes) {
 }
 
 std::string base64Decode(std::string_view text) {
-    std::string bytes(text.size() / 4 * 3 + 3, '\0');
+    std::string bytes(text.size() / 4 * 3 + sizeof(std::uint32_t), '\0');
     char* out = bytes.data();
     const auto* in = reinterpret_cast<const unsigned char*>(text.data());
     std::size_t left = text.size();
     for (; left >= 4; left -= 4, in += 4) {
         const std::uint32_t group =
             kDecode[0][in[0]] | kDecode[1][in[1]] | kDecode[2][in[2]] | kDecode[3][in[3]];
-        if (group >= kForeign) {
+        if ((group & kForeign) != 0) {
             break;
         }
-        out = putThree(out, group);
+        std::memcpy(out, &group, sizeof group);  // the next group writes over the fourth byte
+        out += 3;
     }
     std::uint32_t group = 0;
     std::size_t taken = 0;
-    while (taken < left && taken < 4 && kDecode[taken][in[taken]] < kForeign) {
+    while (taken < left && taken < 4 && kDecode[taken][in[taken]] != kForeign) {
         group |= kDecode[taken][in[taken]];
         ++taken;
     }
-    if (taken >= 2) {
-        *out++ = static_cast<char>(group >> 16U);
-    }
-    if (taken >= 3) {
-        *out++ = static_cast<char>(group >> 8U);
-    }
+    std::memcpy(out, &group, sizeof group);
+    out += taken >= 2 ? taken - 1 : 0;
     bytes.resize(static_cast<std::size_t>(out - bytes.data()));
     return bytes;
 }

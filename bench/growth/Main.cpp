@@ -3,8 +3,6 @@
 //     mv_bench_growth <work> <size>
 //
 // prints the median time of a few runs and the peak memory of the process as JSON.
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -17,6 +15,7 @@
 #include "crypto/Base64.h"
 #include "morvenn/net/mvserverproxy/client/MvServerRequest.h"
 #include "morvenn/net/mvserverproxy/crypto/PKCS7.h"
+#include "support/PeakMemory.h"
 #include "support/Samples.h"
 #include "support/ScriptedProxy.h"
 
@@ -182,11 +181,9 @@ void measure(const std::string& name, std::size_t size) {
         seconds.push_back(secondsOf(*work, times));
     }
     std::sort(seconds.begin(), seconds.end());
-    rusage own{};
-    getrusage(RUSAGE_SELF, &own);
     std::cout << "{\"work\": \"" << name << "\", \"size\": " << size
-              << ", \"seconds\": " << seconds[seconds.size() / 2]
-              << ", \"peak_kib\": " << own.ru_maxrss << "}\n";
+              << ", \"seconds\": " << seconds[seconds.size() / 2] << ", \"peak_kib\": " << peakKib()
+              << "}\n";
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ public:
         if (m_client == nullptr) {
             m_client = std::make_unique<httplib::Client>(job.url.substr(0, path));
             m_client->set_keep_alive(true);
+            m_client->set_tcp_nodelay(true);
         }
         const auto result =
             m_client->Post(job.url.substr(path), std::string(job.bodySize, 'x'), "text/plain");

@@ -15,6 +15,7 @@
 
 #include "http/Client.h"
 #include "morvenn/net/mvserverproxy/client/Exceptions.h"
+#include "support/PeakMemory.h"
 
 namespace Morvenn::Bench {
 
@@ -74,7 +75,7 @@ Usage usage() {
     };
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return {std::chrono::duration<double>(now).count(),
-            seconds(own.ru_utime) + seconds(own.ru_stime), own.ru_maxrss};
+            seconds(own.ru_utime) + seconds(own.ru_stime), peakKib()};
 }
 
 void run(int argc, char** argv) {

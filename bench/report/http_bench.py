@@ -10,14 +10,14 @@ import judge
 
 SMALL_ANSWER = 1024
 RUNS = 7
-# job: path, https, body, exchanges, gzip, clients
+# job: server, path, https, body, exchanges, gzip, clients
 JOBS = {
-    "download": ("/large", False, 10, 1, False, ("library", "curl", "poco")),
-    "download_tls": ("/large", True, 10, 1, False, ("library", "curl", "poco")),
-    "upload": ("/sink", False, "large", 1, False, ("library", "curl", "poco")),
-    "upload_tls": ("/sink", True, "large", 1, False, ("library", "curl", "poco")),
-    "gzip": ("/gzip", False, 10, 1, True, ("library", "curl", "poco")),
-    "small": ("/small", False, 100, "small", False, ("library", "curl", "poco", "httplib")),
+    "download": ("nginx", "/large", False, 10, 1, False, ("library", "curl", "poco")),
+    "download_tls": ("nginx", "/large", True, 10, 1, False, ("library", "curl", "poco")),
+    "upload": ("sink", "/", False, "large", 1, False, ("library", "curl", "poco")),
+    "upload_tls": ("sink", "/", True, "large", 1, False, ("library", "curl", "poco")),
+    "gzip": ("nginx", "/gzip", False, 10, 1, True, ("library", "curl", "poco")),
+    "small": ("nginx", "/small", False, 100, "small", False, ("library", "curl", "poco", "httplib")),
 }
 
 
@@ -26,9 +26,10 @@ def environment(authorities):
     return {**kept, "MV_SERVERPROXY_CA_FILE": str(authorities)}
 
 
-def one(program, client, base, job, sizes, env):
-    path, _, body, exchanges, compressed, _ = job
-    command = [program, client, base + path, str(sizes.get(body, body)),
+def one(program, client, ports, job, sizes, env):
+    server, path, tls, body, exchanges, compressed, _ = job
+    url = f"{'https' if tls else 'http'}://127.0.0.1:{ports[server][tls]}{path}"
+    command = [program, client, url, str(sizes.get(body, body)),
                str(sizes.get(exchanges, exchanges))] + (["gzip"] if compressed else [])
     out = subprocess.run(command, capture_output=True, text=True, env=env, timeout=600)
     if out.returncode != 0:
@@ -47,14 +48,13 @@ def run(program, quick):
     os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
     measured = collections.defaultdict(lambda: collections.defaultdict(list))
     received = collections.defaultdict(dict)
-    with http_server.running(sizes["large"], 200_000_000, SMALL_ANSWER) as (plain, tls, authorities):
+    with http_server.running(sizes["large"], 200_000_000, SMALL_ANSWER) as (ports, authorities):
         env = environment(authorities)
         order = [(name, client) for name, job in JOBS.items() for client in job[-1]]
         for _ in range(2 if quick else RUNS):
             random.shuffle(order)
             for name, client in order:
-                base = tls if JOBS[name][1] else plain
-                result = one(program, client, base, JOBS[name], sizes, env)
+                result = one(program, client, ports, JOBS[name], sizes, env)
                 received[name][client] = result.pop("received")
                 for key, value in result.items():
                     measured[f"{name}/{client}"][key].append(value)

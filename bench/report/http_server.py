@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import time
 
+import sink
+
 TEMPLATE = pathlib.Path(__file__).with_name("nginx.conf.in")
 RECORD = b'<entry id="%07d"><kind>invoice</kind><amount currency="EUR">%d</amount></entry>\n'
 
@@ -64,8 +66,9 @@ def running(large, inflated, small):
                                       stdout=log, stderr=log)
         try:
             wait_until_open(int(places["port"]), server)
-            yield (f"http://127.0.0.1:{places['port']}", f"https://127.0.0.1:{places['tls_port']}",
-                   folder / "server.crt")
+            with sink.running(folder / "server.crt", folder / "server.key") as sinks:
+                yield ({"nginx": (places["port"], places["tls_port"]), "sink": sinks},
+                       folder / "server.crt")
         finally:
             server.terminate()
             server.wait(timeout=20)
