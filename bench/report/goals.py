@@ -63,5 +63,7 @@ HTTP = (
     Goal("small", "wall", 1.0, "20,000 small exchanges: wall / Poco", over="poco"),
     Goal("download", "added_kib", 4096, "peak memory above libcurl's at 1 GiB down, KiB",
          over="curl"),
+    Goal("download_8_gib", "peak_mib", 32, "peak memory at 8 GiB down, MiB"),
+    Goal("upload_8_gib", "peak_mib", 32, "peak memory at 8 GiB up, MiB"),
     Goal("upload", "added_kib", 4096, "peak memory above libcurl's at 1 GiB up, KiB", over="curl"),
 )

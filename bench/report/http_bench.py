@@ -21,6 +21,13 @@ JOBS = {
 }
 
 
+# The same with one client and once: only the memory of a very long exchange is of interest.
+LONG_JOBS = {
+    "download_8_gib": ("nginx", "/huge", False, 10, 1, False, ("library",)),
+    "upload_8_gib": ("sink", "/", False, "huge", 1, False, ("library",)),
+}
+
+
 def environment(authorities):
     kept = {name: value for name, value in os.environ.items() if "proxy" not in name.lower()}
     return {**kept, "MV_SERVERPROXY_CA_FILE": str(authorities)}
@@ -37,6 +44,15 @@ def one(program, client, ports, job, sizes, env):
     return json.loads(out.stdout)
 
 
+def schedule(quick):
+    """Every job of every client several times in random order, then the long ones once."""
+    order = [(name, client) for name, job in JOBS.items() for client in job[-1]]
+    for _ in range(2 if quick else RUNS):
+        yield from random.sample(order, len(order))
+    if not quick:
+        yield from ((name, "library") for name in LONG_JOBS)
+
+
 def check_equal(received):
     for name, amounts in received.items():
         if len(set(amounts.values())) != 1:
@@ -44,20 +60,19 @@ def check_equal(received):
 
 
 def run(program, quick):
-    sizes = {"large": (64 if quick else 1024) << 20, "small": 2000 if quick else 20000}
+    sizes = {"large": (64 if quick else 1024) << 20, "huge": 8 << 30,
+             "small": 2000 if quick else 20000}
     os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
     measured = collections.defaultdict(lambda: collections.defaultdict(list))
     received = collections.defaultdict(dict)
-    with http_server.running(sizes["large"], 200_000_000, SMALL_ANSWER) as (ports, authorities):
+    with http_server.running(sizes, 200_000_000, SMALL_ANSWER) as (ports, authorities):
         env = environment(authorities)
-        order = [(name, client) for name, job in JOBS.items() for client in job[-1]]
-        for _ in range(2 if quick else RUNS):
-            random.shuffle(order)
-            for name, client in order:
-                result = one(program, client, ports, JOBS[name], sizes, env)
-                received[name][client] = result.pop("received")
-                for key, value in result.items():
-                    measured[f"{name}/{client}"][key].append(value)
+        for name, client in schedule(quick):
+            job = JOBS.get(name) or LONG_JOBS[name]
+            result = one(program, client, ports, job, sizes, env)
+            received[name][client] = result.pop("received")
+            for key, value in result.items():
+                measured[f"{name}/{client}"][key].append(value)
     check_equal(received)
     return {name: {key: judge.summary(values) for key, values in row.items()}
             for name, row in sorted(measured.items())}

@@ -27,11 +27,12 @@ def make_certificate(folder):
         check=True, capture_output=True)
 
 
-def make_files(folder, large, inflated):
+def make_files(folder, sizes, inflated):
     files = folder / "files"
     files.mkdir()
-    with open(files / "large", "wb") as out:
-        out.truncate(large)
+    for name in ("large", "huge"):
+        with open(files / name, "wb") as out:
+            out.truncate(sizes[name])
     with gzip.open(files / "gzip", "wb", compresslevel=6) as out:
         piece = b"".join(RECORD % (i, i * 7919 % 100000) for i in range(20000))
         for _ in range(inflated // len(piece)):
@@ -49,12 +50,12 @@ def wait_until_open(port, server):
 
 
 @contextlib.contextmanager
-def running(large, inflated, small):
+def running(sizes, inflated, small):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         folder.chmod(0o755)
         make_certificate(folder)
-        make_files(folder, large, inflated)
+        make_files(folder, sizes, inflated)
         places = {"folder": name, "port": str(free_port()), "tls_port": str(free_port()),
                   "small": "x" * small}
         text = TEMPLATE.read_text()
