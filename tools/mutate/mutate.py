@@ -22,7 +22,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 COPY = ROOT / "build" / "mutate"
 FOLDERS = ("client", "admin", "crypto", "util")
 TESTS = ("mv_unit_tests", "mv_retaining_tests", "mv_torture_tests")
-TORTURE_FILTER = "*FaultTorture.EverySingle*/Stream*:*/TextOne*:*/Gzip[GCZ]*:*/Challenge*:*/Sign*:*/Dir*"
+TORTURE_FILTER = "*FaultTorture.Every*/StreamB*:*.Every*/TextOne*:*.Every*/GzipG*:*.Every*/SignT*:*.Every*/DirectoryO*"
 TIMEOUT = 240
 
 # What is replaced by what; the pattern is looked for outside comments and texts.
