@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "morvenn/net/mvserverproxy/admin/EnvironmentInfo.h"
+#include "testing/LogFile.h"
 #include "tests/torture/Harness.h"
 
 using namespace Torture;
@@ -147,5 +149,27 @@ TEST_P(MemoryTorture, EveryAllocationThatFailsEndsInADocumentedWay) {
 
 INSTANTIATE_TEST_SUITE_P(Every, MemoryTorture, testing::ValuesIn(scenarios()),
                          [](const auto& test) { return std::string(test.param.name); });
+
+TEST(MemoryTortureOfAnIndex, IndexThatCannotBeReadIs99999AndALineInTheLog) {
+    const auto work = [](Harness& harness) {
+        Morvenn::Net::MvServerProxy::Admin::Environment environment;
+        environment.setName("Production");
+        const std::string longerThanAStringHoldsWithinItself(20, '7');
+        {
+            const HeapWatch watch(FailMode::Once, 1);
+            environment.setIndex(longerThanAStringHoldsWithinItself);
+        }
+        ++harness.runs;
+        if (environment.getIndex() != 99999) {
+            harness.fail("index", std::to_string(environment.getIndex()));
+        }
+        const std::vector<std::string> wanted = {
+            "Invalid display index for Environment : Production"};
+        if (Morvenn::Net::MvServerProxy::TestKit::errorLines() != wanted) {
+            harness.fail("log", "the line is another one");
+        }
+    };
+    EXPECT_EQ(inHarness("index", Log::Debug, work), "");
+}
 
 }  // namespace
