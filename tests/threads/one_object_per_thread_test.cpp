@@ -30,9 +30,7 @@ int exchanges() {
 
 class Gateway : public CredentialProvider {
 public:
-    const Credential* getCredential(AuthScope* /*scope*/) const override {
-        return &m_credential;
-    }
+    const Credential* getCredential(AuthScope* /*scope*/) const override { return &m_credential; }
 
 private:
     Credential m_credential{"u", "p"};

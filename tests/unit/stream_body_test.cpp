@@ -34,9 +34,7 @@ protected:
 // A provider that always has the same credential.
 class Provider : public CredentialProvider {
 public:
-    const Credential* getCredential(AuthScope* /*scope*/) const override {
-        return &m_credential;
-    }
+    const Credential* getCredential(AuthScope* /*scope*/) const override { return &m_credential; }
 
 private:
     Credential m_credential{"u", "p"};
