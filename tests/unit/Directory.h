@@ -10,6 +10,14 @@
 
 namespace Morvenn::Net::MvServerProxy::Tests {
 
+using Names = std::vector<std::string>;
+
+/// An answer of two environments, and one of a third.
+inline constexpr char kProdAndTest[] =
+    "Prod\n1\n1\ntype=web\n\n"
+    "Test\n2\n1\ntype=web\n\n";
+inline constexpr char kThirdAlone[] = "Third\n3\n1\ntype=web\n\n";
+
 /// Whether a property is stored, an empty one included. Looks at a copy, as reading would insert
 /// it.
 inline bool has(Admin::Service service, const std::string& key) {
@@ -36,8 +44,8 @@ inline std::string valueOf(Admin::Environment environment, const std::string& se
 }
 
 /// "name/index" of each environment.
-inline std::vector<std::string> namesOf(const std::vector<const Admin::Environment*>& list) {
-    std::vector<std::string> names;
+inline Names namesOf(const std::vector<const Admin::Environment*>& list) {
+    Names names;
     for (const Admin::Environment* environment : list) {
         names.push_back(environment->getName() + "/" + std::to_string(environment->getIndex()));
     }

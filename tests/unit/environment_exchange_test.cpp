@@ -20,13 +20,6 @@ using namespace Morvenn::Net::MvServerProxy::Tests;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
-const char kTwo[] =
-    "Prod\n1\n1\ntype=web\n\n"
-    "Test\n2\n1\ntype=web\n\n";
-const char kThree[] = "Third\n3\n1\ntype=web\n\n";
-
 class EnvironmentExchange : public ProxyTest {
 protected:
     PrivateTemp temp;
@@ -36,7 +29,7 @@ protected:
 }  // namespace
 
 TEST_F(EnvironmentExchange, AnswerIsTheSameInBlocksOfAnySize) {
-    const std::string answer(kTwo);
+    const std::string answer(kProdAndTest);
     for (std::size_t size = 1; size <= answer.size(); ++size) {
         SCOPED_TRACE(size);
         proxy.answers({inBlocksOf(size, answer), end()});
@@ -61,7 +54,7 @@ TEST_F(EnvironmentExchange, AnswerIsDecodedAndRequestEncoded) {
 }
 
 TEST_F(EnvironmentExchange, RequestEndsAtTheFirstZeroByteOfItsSelector) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info info;
     EXPECT_EQ(info.getEnvsForVersion(std::string("7\0x", 3)).size(), 2U);
     EXPECT_EQ(proxy.calls().entries().at(1).text, "getEnv:7");
@@ -84,21 +77,21 @@ TEST_F(EnvironmentExchange, FailedReadRaisesItsClassAndCompletesOnce) {
     proxy.takeCalls();
     for (const auto& row : rows) {
         SCOPED_TRACE(row.status);
-        proxy.answers({block(kTwo), instruction(row.status)});
+        proxy.answers({block(kProdAndTest), instruction(row.status)});
         EXPECT_EQ(failureOf([&] { info.getEnvironments(); }), row.expected);
         EXPECT_TRUE(sameCalls(Calls{sendNoAck("getEnv:All\r\n\r\n"), sendEof(), receive(2),
                                     getLastError(), complete()},
                               proxy.takeCalls()));
     }
-    proxy.answers(directoryAnswer(kThree));
+    proxy.answers(directoryAnswer(kThirdAlone));
     EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Third/3"})) << "nothing of before was kept";
 }
 
 TEST_F(EnvironmentExchange, EarlierEnvironmentsStayWhenALaterLoadFails) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info info;
     info.loadAllEnvironments();
-    proxy.answers({block(kThree), instruction(-1003)});
+    proxy.answers({block(kThirdAlone), instruction(-1003)});
     EXPECT_EQ(failureOf([&] { info.loadAllEnvironments(); }),
               failure<Client::MSPRuntimeException>(0, "No error message received"));
     EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));

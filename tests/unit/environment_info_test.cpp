@@ -20,13 +20,6 @@ using namespace Morvenn::Net::MvServerProxy::Tests;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
-const char kTwo[] =
-    "Prod\n1\n1\ntype=web\n\n"
-    "Test\n2\n1\ntype=web\n\n";
-const char kThree[] = "Third\n3\n1\ntype=web\n\n";
-
 class EnvironmentInfo : public ProxyTest {
 protected:
     PrivateTemp temp;
@@ -56,7 +49,7 @@ TEST_F(EnvironmentInfo, FailureToStartTheProxyLeavesTheConstructor) {
 }
 
 TEST_F(EnvironmentInfo, FirstLookupLoadsAllAndLaterOnesSendNothing) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info info;
     EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
     EXPECT_EQ(namesOf(info.getEnvironments()), (Names{"Prod/1", "Test/2"}));
@@ -65,7 +58,7 @@ TEST_F(EnvironmentInfo, FirstLookupLoadsAllAndLaterOnesSendNothing) {
 
 // By design
 TEST_F(EnvironmentInfo, GoodLoadCompletesTwice) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info info;
     info.getEnvironments();
     EXPECT_TRUE(sameCalls(
@@ -96,7 +89,7 @@ TEST_F(EnvironmentInfo, EnvironmentWithoutServicesIsFoundByTheEmptyName) {
 
 TEST_F(EnvironmentInfo, VersionIsTheSelectorByteForByte) {
     for (const char* version : {"7.1", "", " 7 ", "All", "a:b=c"}) {
-        proxy.answers(directoryAnswer(kTwo));
+        proxy.answers(directoryAnswer(kProdAndTest));
         Info info;
         EXPECT_EQ(info.getEnvsForVersion(version).size(), 2U);
         EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad(version), proxy.takeCalls()));
@@ -105,7 +98,7 @@ TEST_F(EnvironmentInfo, VersionIsTheSelectorByteForByte) {
 
 TEST_F(EnvironmentInfo, UrlIsTheSelectorByteForByte) {
     for (const char* url : {"http://Server/app", "http://Server/app/", " x ", ""}) {
-        proxy.answers(directoryAnswer(kTwo));
+        proxy.answers(directoryAnswer(kProdAndTest));
         Info info;
         EXPECT_EQ(info.getEnvironmentsForURL(url).size(), 2U);
         EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("mapURLtoEnv::" + std::string(url)),
@@ -115,7 +108,7 @@ TEST_F(EnvironmentInfo, UrlIsTheSelectorByteForByte) {
 
 // By design
 TEST_F(EnvironmentInfo, AllLookupsAnswerFromTheListThatTheFirstLoaded) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info byVersion;
     const auto& list = byVersion.getEnvsForVersion("7");
     EXPECT_EQ(&byVersion.getEnvironments(), &list);
@@ -124,7 +117,7 @@ TEST_F(EnvironmentInfo, AllLookupsAnswerFromTheListThatTheFirstLoaded) {
     EXPECT_EQ(byVersion.getEnvironment("Test"), list.at(1));
     EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("7"), proxy.takeCalls()));
 
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     Info all;
     EXPECT_EQ(all.getEnvironments().size(), 2U);
     EXPECT_EQ(all.getEnvironmentsForURL("http://any").size(), 2U);
@@ -133,7 +126,8 @@ TEST_F(EnvironmentInfo, AllLookupsAnswerFromTheListThatTheFirstLoaded) {
 
 // By design
 TEST_F(EnvironmentInfo, LoadAllEnvironmentsAppends) {
-    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree), directoryAnswer(kTwo)});
+    proxy.answers({directoryAnswer(kProdAndTest), directoryAnswer(kThirdAlone),
+                   directoryAnswer(kProdAndTest)});
     Info info;
     info.loadAllEnvironments();
     info.loadAllEnvironments();
@@ -146,7 +140,7 @@ TEST_F(EnvironmentInfo, LoadAllEnvironmentsAppends) {
 }
 
 TEST_F(EnvironmentInfo, ReturnedListFollowsWhatIsAppended) {
-    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree)});
+    proxy.answers({directoryAnswer(kProdAndTest), directoryAnswer(kThirdAlone)});
     Info info;
     const auto& list = info.getEnvironments();
     EXPECT_EQ(list.size(), 2U);
@@ -156,7 +150,7 @@ TEST_F(EnvironmentInfo, ReturnedListFollowsWhatIsAppended) {
 
 // By design
 TEST_F(EnvironmentInfo, EnvironmentsOutliveTheObjectThatLoadedThem) {
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     std::vector<const Environment*> kept;
     {
         Info info;
@@ -173,7 +167,7 @@ TEST_F(EnvironmentInfo, EnvironmentsOutliveTheObjectThatLoadedThem) {
 }
 
 TEST_F(EnvironmentInfo, AssignmentReplacesTheListAndToItselfChangesNothing) {
-    proxy.answers({directoryAnswer(kTwo), directoryAnswer(kThree)});
+    proxy.answers({directoryAnswer(kProdAndTest), directoryAnswer(kThirdAlone)});
     Info two;
     two.loadAllEnvironments();
     Info three;
@@ -187,7 +181,7 @@ TEST_F(EnvironmentInfo, AssignmentReplacesTheListAndToItselfChangesNothing) {
 
 TEST_F(EnvironmentInfo, EmptyAnswerLeavesTheListEmptyAndTheNextLookupLoadsAgain) {
     proxy.answers({directoryAnswer(""), directoryAnswer(""), directoryAnswer("\nnothing"),
-                   directoryAnswer(kTwo)});
+                   directoryAnswer(kProdAndTest)});
     Info info;
     EXPECT_EQ(info.getEnvironments().size(), 0U);
     EXPECT_EQ(info.getEnvironment("Prod"), nullptr);
@@ -212,7 +206,7 @@ TEST_F(EnvironmentInfo, EveryBlockIsDecodedOnItsOwn) {
 TEST_F(EnvironmentInfo, ResultOfTheRequestTextIsIgnored) {
     for (const int result : {0, 1, -1, -1001, -5006, INT_MIN, INT_MAX}) {
         SCOPED_TRACE(result);
-        proxy.answers({gives(Function::SendNoAck, result), directoryAnswer(kTwo)});
+        proxy.answers({gives(Function::SendNoAck, result), directoryAnswer(kProdAndTest)});
         Info info;
         EXPECT_EQ(info.getEnvironments().size(), 2U);
         EXPECT_TRUE(sameCalls(Calls{init()} + callsOfLoad("All"), proxy.takeCalls()));
@@ -233,6 +227,6 @@ TEST_F(EnvironmentInfo, FailedEndMarkerCompletesNothing) {
     const Calls failed{sendNoAck("getEnv:All\r\n\r\n"), sendEof(), getLastError()};
     EXPECT_TRUE(sameCalls(Calls{init()} + failed + failed + failed, proxy.takeCalls()));
 
-    proxy.answers(directoryAnswer(kTwo));
+    proxy.answers(directoryAnswer(kProdAndTest));
     EXPECT_EQ(info.getEnvironments().size(), 2U) << "the list was empty, so it loads again";
 }
