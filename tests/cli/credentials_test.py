@@ -6,6 +6,7 @@ import pathlib
 import re
 import subprocess
 import termios
+import time
 import unittest
 
 from harness import LIMIT, PROGRAM, CommandLineTest, OnTerminal, fixed_answer
@@ -106,13 +107,23 @@ class NothingShowsThePassword(ForwardProxy):
                 self.assertIn(b"wont be logged due to security reasons", written)
                 self.assertNotIn(b"canary", written)
 
+    def arguments_of(self, folder):
+        """Popen returns as soon as the descriptors of the old image are closed, and the kernel
+        shows no arguments until it has set up the new one."""
+        deadline = time.monotonic() + LIMIT
+        while time.monotonic() < deadline:
+            if arguments := (folder / "cmdline").read_bytes():
+                return arguments
+        self.fail("the process never showed its arguments")
+
     def test_not_in_the_arguments_or_variables_of_the_process(self):
         process = subprocess.Popen(
             [PROGRAM, "send", "--url", TARGET, "-d", "-", "--user", "joe", "--password-file",
              str(self.secret)], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             env=self.environment(**self.env))
         folder = pathlib.Path(f"/proc/{process.pid}")
-        seen = (folder / "cmdline").read_bytes() + (folder / "environ").read_bytes()
+        arguments = self.arguments_of(folder)
+        seen = arguments + (folder / "environ").read_bytes()
         output, _ = process.communicate(b"x", timeout=LIMIT)
         self.assertEqual(b"fine", output)
         self.assertIn(b"--password-file", seen)
