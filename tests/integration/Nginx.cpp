@@ -1,12 +1,9 @@
 #include "Nginx.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <stdexcept>
 
+#include "Certificates.h"
 #include "Lines.h"
 
 namespace Morvenn::Net::MvServerProxy::Integration {
@@ -43,18 +40,7 @@ std::string Nginx::text() {
 }
 
 Nginx::Nginx() {
-    const std::string command = std::string(MV_CERTIFICATES_SCRIPT) + " " + m_folder.path() + " >" +
-                                m_folder.file("certificates.log") + " 2>&1";
-    if (std::system(command.c_str()) != 0) {
-        throw std::runtime_error("no certificates: " + m_folder.read("certificates.log"));
-    }
-    for (const std::string& name : tlsNames()) {
-        const std::string key = name == kOldProtocol ? kGood : name;
-        const ServerUser user = serverUser();
-        if (::chown(m_folder.file(key + ".key").c_str(), user.uid, user.gid) != 0) {
-            throw std::runtime_error("cannot give the key of " + name + " to the server's user");
-        }
-    }
+    makeCertificates(m_folder);
     m_folder.write("text", text());
     m_daemon = startDaemon([this] { return start(); });
 }

@@ -23,7 +23,7 @@ bool holds(const std::string& text, const std::string& part) {
 }
 
 TEST(Credentials, StaleDigestNoncesAreRenewedWithoutAQuestion) {
-    const Squid squid(Squid::Offers::Digest, 3);
+    const Squid squid(Squid::Offers::Digest, Squid::Door::Http, 3);
     Origin http(Origin::Scheme::Http);
     Origin https(Origin::Scheme::Https);
     const StartedLibrary library(

@@ -25,38 +25,64 @@ protected:
 
 std::unique_ptr<Nginx> NginxOrigin::s_nginx;
 
+struct BadServer {
+    const char* name;
+    const char* why;
+};
+constexpr std::array<BadServer, 6> kBadServers{{
+    {"unknownCa", "unable to get local issuer certificate"},
+    {"wrongName", "no alternative certificate subject name matches target host name"},
+    {"expired", "certificate has expired"},
+    {"notYetValid", "certificate is not yet valid"},
+    {"selfSigned", "self-signed certificate"},
+    {"oldProtocol", "protocol"},
+}};
+
 TEST_F(NginxOrigin, BadCertificatesAreRefusedBeforeAnythingIsSent) {
     const StartedLibrary library({{"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
-    const struct {
-        const char* server;
-        const char* why;
-    } rows[] = {
-        {"unknownCa", "unable to get local issuer certificate"},
-        {"wrongName", "no alternative certificate subject name matches target host name"},
-        {"expired", "certificate has expired"},
-        {"notYetValid", "certificate is not yet valid"},
-        {"selfSigned", "self-signed certificate"},
-        {"oldProtocol", "protocol"},
-    };
-    for (const auto& row : rows) {
-        const std::string url = s_nginx->tlsUrl(row.server, "/text");
+    const std::size_t before = s_nginx->tlsRequests(0).size();
+    for (const BadServer& server : kBadServers) {
+        const std::string url = s_nginx->tlsUrl(server.name, "/text");
         for (const Form form : {Form::Stream, Form::Text}) {
-            SCOPED_TRACE(row.server);
+            SCOPED_TRACE(server.name);
             const Outcome outcome = exchange({url, pattern(70000), form});
             EXPECT_EQ(outcome.failure, "MSPConnectionException");
             EXPECT_EQ(outcome.message.rfind("cannot exchange with " + url + ": ", 0), 0U)
                 << outcome.message;
-            EXPECT_NE(outcome.message.find(row.why), std::string::npos) << outcome.message;
+            EXPECT_NE(outcome.message.find(server.why), std::string::npos) << outcome.message;
         }
     }
     const Outcome good = exchange({s_nginx->tlsUrl("good", "/text"), "abc", Form::Stream});
     EXPECT_EQ(good.failure, "") << good.message;
     EXPECT_TRUE(good.body == Nginx::text());
     // The good one is the only request that any of the servers on https has seen.
-    const Lines seen = s_nginx->tlsRequests(1);
-    ASSERT_EQ(seen.size(), 1U) << seen.front();
-    EXPECT_EQ(seen.front().rfind(s_nginx->tlsUrl("good", "").substr(18) + " 200 ", 0), 0U)
-        << seen.front();
+    const Lines seen = s_nginx->tlsRequests(before + 1);
+    ASSERT_EQ(seen.size(), before + 1) << seen.front();
+    EXPECT_EQ(seen.back().rfind(s_nginx->tlsUrl("good", "").substr(18) + " 200 ", 0), 0U)
+        << seen.back();
+}
+
+TEST_F(NginxOrigin, ForwardProxiesWithBadCertificatesAreSentNothing) {
+    const std::size_t before = s_nginx->tlsRequests(0).size();
+    for (const BadServer& server : kBadServers) {
+        const std::string authority = s_nginx->tlsUrl(server.name, "").substr(8);
+        const StartedLibrary library({{"all_proxy", "https://bob:secret@" + authority},
+                                      {"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
+        for (const char* target : {"http://127.0.0.1:9/x", "https://127.0.0.1:9/x"}) {
+            SCOPED_TRACE(std::string(server.name) + " " + target);
+            const Outcome outcome = exchange({target, "abc", Form::Stream});
+            EXPECT_EQ(outcome.failure, "MSPConnectionException");
+            EXPECT_EQ(outcome.message.rfind(std::string("cannot exchange with ") + target +
+                                                " through forward proxy " + authority + ": ",
+                                            0),
+                      0U)
+                << outcome.message;
+            EXPECT_NE(outcome.message.find(server.why), std::string::npos) << outcome.message;
+        }
+    }
+    const StartedLibrary library({{"MV_SERVERPROXY_CA_FILE", s_nginx->caFile()}});
+    EXPECT_EQ(exchange({s_nginx->tlsUrl("good", "/text"), "abc", Form::Stream}).code, "200");
+    EXPECT_EQ(s_nginx->tlsRequests(before + 1).size(), before + 1);
 }
 
 TEST_F(NginxOrigin, TheSystemsAuthoritiesDoNotVouchForATestAuthority) {
