@@ -62,6 +62,17 @@ void traceBare(const ThreadContext& context, const char* call) {
     }
 }
 
+// The text has been in the trace since the call that failed: here its size is enough.
+void traceGetLastError(ThreadContext& context) {
+    if (const Trace* trace = context.trace()) {
+        TraceEntry entry;
+        entry.call = "GetLastError";
+        entry.stateBefore = entry.stateAfter = nameOf(context.exchange().state());
+        entry.text = context.error();
+        trace->add(entry);
+    }
+}
+
 // `incoming` is the text of the call; null when it has none.
 template <typename Work>
 int funnel(const char* call, const char* incoming, const Work& work) {
@@ -182,6 +193,9 @@ int MvServerProxy_Complete(void) {
 
 int MvServerProxy_GetLastError(char** message) {
     ThreadContext* context = ThreadContext::current();
+    if (context != nullptr && !Process::instance().isForkedChild()) {
+        traceGetLastError(*context);
+    }
     if (message != nullptr && context != nullptr && !context->error().empty()) {
         *message = const_cast<char*>(context->error().c_str());
     }

@@ -72,7 +72,7 @@ std::optional<ForwardProxy> firstOf(const Variables& variables,
 
 const ForwardProxy* ForwardProxies::leadingTo(const Target& target) const {
     const auto& proxy = target.tls ? forHttps : forHttp;
-    return proxy && !bypassesProxy(target.host, noProxy) ? &*proxy : nullptr;
+    return proxy && !bypassesProxy(target.host, target.port, noProxy) ? &*proxy : nullptr;
 }
 
 ForwardProxies forwardProxies(const Variables& variables) {

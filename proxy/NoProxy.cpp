@@ -82,23 +82,34 @@ bool nameMatches(std::string_view host, std::string_view entry) {
     return equalIgnoringCase(host.substr(above), entry) && (above == 0 || host[above - 1] == '.');
 }
 
-std::string_view withoutBrackets(std::string_view entry) {
-    const bool bracketed = entry.size() > 2 && entry.front() == '[' && entry.back() == ']';
-    return bracketed ? entry.substr(1, entry.size() - 2) : entry;
+struct Entry {
+    std::string_view host;  // without brackets
+    std::string_view port;  // empty: any
+};
+
+// Several colons outside of brackets are those of an IPv6 address, which has no port.
+Entry readEntry(std::string_view text) {
+    const bool bracketed = text.substr(0, 1) == "[" && text.find(']') != std::string_view::npos;
+    const auto colon = text.find(':', bracketed ? text.find(']') : 0);
+    const bool namesAPort = colon != std::string_view::npos && colon == text.rfind(':');
+    const std::string_view host = namesAPort ? text.substr(0, colon) : text;
+    return {bracketed ? host.substr(1, host.find(']') - 1) : host,
+            namesAPort ? text.substr(colon + 1) : std::string_view()};
 }
 
 }  // namespace
 
-bool bypassesProxy(std::string_view host, std::string_view list) {
+bool bypassesProxy(std::string_view host, std::string_view port, std::string_view list) {
     host = withoutFinalDot(host);
     const auto hostAddress = address(host);
     const auto entries = pieces(list, ", \t");
-    return std::any_of(entries.begin(), entries.end(), [&](std::string_view entry) {
-        if (entry == "*") {
-            return true;
+    return std::any_of(entries.begin(), entries.end(), [&](std::string_view text) {
+        const Entry entry = readEntry(text);
+        if (!entry.port.empty() && entry.port != port) {
+            return false;
         }
-        return hostAddress ? addressMatches(*hostAddress, withoutBrackets(entry))
-                           : nameMatches(host, entry);
+        return entry.host == "*" || (hostAddress ? addressMatches(*hostAddress, entry.host)
+                                                 : nameMatches(host, entry.host));
     });
 }
 

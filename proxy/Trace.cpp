@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <new>
 
 #include "Failure.h"
 #include "TextTools.h"
@@ -114,13 +115,14 @@ Trace::~Trace() {
     ::close(m_file);
 }
 
-void Trace::add(const TraceEntry& entry) const {
+void Trace::add(const TraceEntry& entry) const try {
     const auto now = std::chrono::duration_cast<std::chrono::microseconds>(
                          std::chrono::system_clock::now().time_since_epoch())
                          .count();
     const std::string line = traceLine(entry, now, static_cast<int>(::syscall(SYS_gettid)));
     // One write per line: lines of several threads and processes stay whole.
     static_cast<void>(!::write(m_file, line.data(), line.size()));
+} catch (const std::bad_alloc&) {  // without memory for its line the call goes on all the same
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Proxy

@@ -75,9 +75,8 @@ void Transfer::abandon() {
         doWithoutExpect();
     }
     const bool interrupted = m_running && !m_finished;
-    // A forward proxy that refused need not have read the body: what follows on the same connection
-    // may wait for ever. A handle that was interrupted would send its body again.
-    const bool unusable = interrupted || (m_running && proxyDemands());
+    // A handle that was interrupted would send its body again.
+    const bool unusable = interrupted || (m_running && mayHaveLeftBody());
     if (interrupted) {
         curl_multi_remove_handle(m_session.multi(), m_session.easy());
     }
@@ -154,6 +153,16 @@ bool Transfer::proxyDemands() const {
     }
     return failed() && m_plan.viaHttpProxy() && m_plan.target.tls &&
            info(m_session.easy(), CURLINFO_HTTP_CONNECTCODE) == kProxyDemands;
+}
+
+// A forward proxy that refuses need not have read the body: it would take the rest for the
+// beginning of what follows on the same connection, or wait for ever.
+bool Transfer::mayHaveLeftBody() const {
+    constexpr int kFirstRefusal = 300;
+    const bool refusedOpenly = m_plan.viaHttpProxy() && !m_plan.target.tls &&
+                               m_plan.upload != Upload::None &&
+                               m_data.head.status() >= kFirstRefusal;
+    return refusedOpenly || proxyDemands();
 }
 
 void Transfer::perform() {

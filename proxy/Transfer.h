@@ -89,6 +89,7 @@ private:
     friend struct TransferCallbacks;
 
     bool ofProxyDemand() const;
+    bool mayHaveLeftBody() const;
     std::string way() const;
     void doWithoutExpect();
     bool ofConnect() const;

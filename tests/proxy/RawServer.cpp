@@ -27,19 +27,44 @@ bool readable(int socket) {
     return ::poll(&watched, 1, kPatienceMs) == 1;
 }
 
+// A loopback address with that port.
+struct Address {
+    Address(int family, int port) {
+        if (family == AF_INET6) {
+            auto* v6 = reinterpret_cast<sockaddr_in6*>(&storage);
+            v6->sin6_addr = in6addr_loopback;
+            v6->sin6_port = htons(static_cast<std::uint16_t>(port));
+            size = sizeof(*v6);
+        } else {
+            auto* v4 = reinterpret_cast<sockaddr_in*>(&storage);
+            v4->sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+            v4->sin_port = htons(static_cast<std::uint16_t>(port));
+            size = sizeof(*v4);
+        }
+        storage.ss_family = static_cast<sa_family_t>(family);
+    }
+    sockaddr* name() { return reinterpret_cast<sockaddr*>(&storage); }
+
+    sockaddr_storage storage{};
+    socklen_t size = 0;
+};
+
+// The port stands at the same place for both families.
+int portOf(const Address& address) {
+    return ntohs(reinterpret_cast<const sockaddr_in*>(&address.storage)->sin_port);
+}
+
 // A socket that listens on a free loopback port, and the port.
-std::pair<int, int> listenSomewhere(int backlog) {
-    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* raw = reinterpret_cast<sockaddr*>(&address);
-    if (listener < 0 || ::bind(listener, raw, size) != 0 || ::listen(listener, backlog) != 0 ||
-        ::getsockname(listener, raw, &size) != 0) {
+std::pair<int, int> listenSomewhere(int family, int backlog) {
+    const int listener = ::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    Address address(family, 0);
+    if (listener < 0 || ::bind(listener, address.name(), address.size) != 0 ||
+        ::listen(listener, backlog) != 0 ||
+        ::getsockname(listener, address.name(), &address.size) != 0) {
+        ::close(listener);
         throw std::runtime_error("no listening socket on loopback");
     }
-    return {listener, ntohs(address.sin_port)};
+    return {listener, portOf(address)};
 }
 
 }  // namespace
@@ -141,8 +166,9 @@ void Connection::awaitClose() {
     }
 }
 
-RawServer::RawServer(Script script) : m_script(std::move(script)) {
-    std::tie(m_listener, m_port) = listenSomewhere(64);
+RawServer::RawServer(Script script, int family)
+    : m_script(std::move(script)), m_host(family == AF_INET6 ? "[::1]" : "127.0.0.1") {
+    std::tie(m_listener, m_port) = listenSomewhere(family, 64);
     m_acceptor = std::thread([this] { accept(); });
 }
 
@@ -191,15 +217,11 @@ std::vector<std::string> RawServer::notes() const {
 }
 
 FullBacklog::FullBacklog() {
-    std::tie(m_listener, m_port) = listenSomewhere(0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(m_port));
+    std::tie(m_listener, m_port) = listenSomewhere(AF_INET, 0);
+    Address address(AF_INET, m_port);
     for (int i = 0; i < 8; ++i) {
         const int filler = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-        static_cast<void>(
-            ::connect(filler, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+        static_cast<void>(::connect(filler, address.name(), address.size));
         m_fillers.push_back(filler);
     }
 }
@@ -209,6 +231,14 @@ FullBacklog::~FullBacklog() {
         ::close(filler);
     }
     ::close(m_listener);
+}
+
+bool hasIpv6Loopback() {
+    const int socket = ::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    Address address(AF_INET6, 0);
+    const bool has = socket >= 0 && ::bind(socket, address.name(), address.size) == 0;
+    ::close(socket);
+    return has;
 }
 
 std::string headerValue(const std::string& head, const std::string& name) {

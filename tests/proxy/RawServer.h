@@ -1,6 +1,8 @@
 // A TCP server on a free loopback port that says, byte for byte, what a test wants said.
 #pragma once
 
+#include <sys/socket.h>
+
 #include <atomic>
 #include <cstddef>
 #include <functional>
@@ -23,6 +25,8 @@ public:
     std::string readHead();
     // The body that belongs to that block, by Content-Length or in chunks.
     std::string readBody(const std::string& head);
+    // Exactly that many bytes; fewer at the end.
+    std::string take(std::size_t count);
     // Any bytes, at most `most`; empty at the end.
     std::string readSome(std::size_t most = 65536);
 
@@ -37,7 +41,6 @@ public:
 
 private:
     bool fill();
-    std::string take(std::size_t count);
     std::string readChunks();
 
     int m_socket;
@@ -48,14 +51,14 @@ class RawServer {
 public:
     using Script = std::function<void(Connection&)>;
 
-    // Every connection runs the script, on a thread of its own.
-    explicit RawServer(Script script);
+    // Every connection runs the script, on a thread of its own. `family` is AF_INET or AF_INET6.
+    explicit RawServer(Script script, int family = AF_INET);
     ~RawServer();
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
 
     int port() const { return m_port; }
-    std::string authority() const { return "127.0.0.1:" + std::to_string(m_port); }
+    std::string authority() const { return m_host + ":" + std::to_string(m_port); }
     std::string url(const std::string& path = "/x") const { return "http://" + authority() + path; }
 
     // What scripts write down: shared by the connections.
@@ -67,6 +70,7 @@ private:
     void accept();
 
     Script m_script;
+    const std::string m_host;  // as it stands in a URL
     int m_listener = -1;
     int m_port = 0;
     std::atomic<int> m_connections{0};
@@ -92,6 +96,9 @@ private:
     int m_port = 0;
     std::vector<int> m_fillers;
 };
+
+// Whether this machine has the address ::1.
+bool hasIpv6Loopback();
 
 // The value of a header in a header block, "" when it is absent. Names in any case.
 std::string headerValue(const std::string& head, const std::string& name);

@@ -5,8 +5,9 @@
 
 namespace Morvenn::Net::MvServerProxy::Proxy::Test {
 
-ScriptedProxy::ScriptedProxy(Rules rules)
-    : m_rules(std::move(rules)), m_server([this](Connection& connection) { serve(connection); }) {}
+ScriptedProxy::ScriptedProxy(Rules rules, int family)
+    : m_rules(std::move(rules)),
+      m_server([this](Connection& connection) { serve(connection); }, family) {}
 
 bool ScriptedProxy::accepts(const std::string& head) const {
     if (!m_rules.openPath.empty() && head.find(m_rules.openPath) != std::string::npos) {

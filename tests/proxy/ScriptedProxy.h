@@ -28,7 +28,7 @@ public:
         bool answersExpect;    // false: reads the body before it looks at the credentials
         std::string openPath;  // requests for this path are let through without credentials
     };
-    explicit ScriptedProxy(Rules rules);
+    explicit ScriptedProxy(Rules rules, int family = AF_INET);
 
     RawServer& server() { return m_server; }
     std::string url() const { return "http://" + m_server.authority(); }

@@ -1,6 +1,8 @@
 // Forward proxies that demand credentials, scripted: who is asked when, and what is sent how often.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "Client.h"
 #include "RawServer.h"
 #include "ScriptedProxy.h"
@@ -148,11 +150,67 @@ TEST_F(ForwardProxyTest, AStreamAfterARefusedTextIsSentOnceAndWhole) {
 }
 
 TEST_F(ForwardProxyTest, SchemesThatAreNotSpokenAreRefusedByName) {
-    ScriptedProxy proxy({"Proxy-Authenticate: Negotiate\r\n", {}});
+    ScriptedProxy proxy({"Proxy-Authenticate: Negotiate\r\nProxy-Authenticate: Bearer\r\n", {}});
     ASSERT_EQ(startWith(proxy), 0);
-    const Reply reply = sendStream(headerText(kTarget), "abc");
+    for (const Reply& reply :
+         {sendStream(headerText(kTarget), "abc"), sendText(headerText(kTarget), "abc")}) {
+        EXPECT_EQ(reply.code, MV_STATUS_CANNOT_CONNECT);
+        EXPECT_EQ(reply.error,
+                  "cannot exchange with http://target.invalid:80/x through forward proxy " +
+                      proxy.server().authority() +
+                      ": the forward proxy demands credentials by a scheme that is not spoken here "
+                      "(it offers: Negotiate, Bearer); have it offer Digest or Basic, or name "
+                      "another one in the *_proxy variables");
+        EXPECT_EQ(reply.challenges, Lines{});
+    }
+}
+
+TEST_F(ForwardProxyTest, NtlmThatIsRefusedIsAskedForLikeAnyOther) {
+    ScriptedProxy proxy({"Proxy-Authenticate: NTLM\r\n", {}});
+    ASSERT_EQ(startWith(proxy), 0);
+    const Reply reply =
+        sendStream(headerText(kTarget), pattern(70000), {answerText("bob", "secret", "CORP")});
+    EXPECT_EQ(reply.instructions, (Instructions{17, 17, 17}));
+    EXPECT_EQ(reply.challenges, Lines(3, challengeOf(proxy, "")));
     EXPECT_EQ(reply.code, MV_STATUS_CANNOT_CONNECT);
-    EXPECT_NE(reply.error.find("(it offers: Negotiate)"), std::string::npos) << reply.error;
+    EXPECT_EQ(reply.error,
+              "cannot exchange with http://target.invalid:80/x through forward proxy " +
+                  proxy.server().authority() +
+                  ": the forward proxy refused the credentials three times (realm "
+                  "\"\", scheme NTLM); check user and password");
+    // Refused at the first of its two steps, so nothing of the body has come.
+    const Lines log = proxy.log();
+    EXPECT_EQ(log.front(), "407 none");
+    EXPECT_EQ(std::count(log.begin(), log.end(), "407 NTLM"),
+              static_cast<std::ptrdiff_t>(log.size()) - 1);
+}
+
+// Of the body, a proxy that refuses leaves the end unread; whatever came next on that connection
+// would be taken for the rest of it.
+TEST_F(ForwardProxyTest, ARefusalOfAnUnreadBodyLeavesNoConnectionBehind) {
+    constexpr std::size_t kUnread = 10;
+    for (const std::size_t size : {kUnread, std::size_t{70000}, std::size_t{900000}}) {
+        SCOPED_TRACE(size);
+        RawServer* self = nullptr;
+        RawServer proxy([&](Connection& connection) {
+            for (std::string head = connection.readHead(); !head.empty();
+                 head = connection.readHead()) {
+                self->note(head.substr(0, head.find("\r\n")));
+                connection.take(size - kUnread);
+                connection.send("HTTP/1.1 403 Forbidden\r\nContent-Length: 6\r\n\r\ndenied");
+            }
+        });
+        self = &proxy;
+        ASSERT_EQ(start({{"http_proxy", "http://" + proxy.authority()}}), 0);
+        for (int request = 0; request < 3; ++request) {
+            const Reply reply = sendText(headerText(kTarget), pattern(size));
+            EXPECT_EQ(reply.code, 0) << reply.error;
+            EXPECT_EQ(reply.value("ResponseHeaderResponseCode"), "403");
+            EXPECT_EQ(reply.body, "denied");
+        }
+        EXPECT_EQ(proxy.notes(), Lines(3, "POST http://target.invalid/x HTTP/1.1"));
+        stop();
+    }
 }
 
 TEST_F(ForwardProxyTest, ALateChallengeInMidBodyLosesNothing) {

@@ -70,6 +70,40 @@ TEST_F(TraceTest, HasALineForEveryCallAndNoSecretInAny) {
     EXPECT_NE(text.find("\"url\":\"http://target.invalid:80/x\""), std::string::npos);
 }
 
+// One line for each function, in the order of the calls; of the text that is asked for, its size.
+TEST_F(TraceTest, ShowsEachOfTheEightFunctions) {
+    ASSERT_EQ(start({{"MV_SERVERPROXY_TRACE", m_file}}), 0);
+    MvServerProxy_Send("canary");
+    MvServerProxy_SendEOF();
+    const std::string text = lastError();
+    MvServerProxy_Complete();
+    lastError();
+    MvServerProxy_SendNoAck("canary");
+    char block[MV_PROXY_BLOCK_SIZE] = {};
+    MvServerProxy_Receive(block);
+    stop();
+    const std::vector<std::string> expected{
+        "\"call\":\"Init\",\"from\":\"\",\"to\":\"\",\"result\":0",
+        "\"call\":\"Send\",\"from\":\"Idle\",\"to\":\"Header\",\"result\":1",
+        "\"call\":\"SendEOF\",\"from\":\"Header\",\"to\":\"Failed\",\"result\":-1002",
+        "\"call\":\"GetLastError\",\"from\":\"Failed\",\"to\":\"Failed\",\"result\":0,\"us\":0,"
+        "\"bytes\":" +
+            std::to_string(text.size()) + "}",
+        "\"call\":\"Complete\",\"from\":\"Failed\",\"to\":\"Idle\",\"result\":0",
+        "\"call\":\"GetLastError\",\"from\":\"Idle\",\"to\":\"Idle\",\"result\":0,\"us\":0}",
+        "\"call\":\"SendNoAck\",\"from\":\"Idle\",\"to\":\"Header\",\"result\":1",
+        "\"call\":\"Receive\",\"from\":\"Header\",\"to\":\"Header\",\"result\":-1002",
+        "\"call\":\"Term\",\"from\":\"\",\"to\":\"\",\"result\":0"};
+    std::ifstream file(m_file);
+    for (const std::string& call : expected) {
+        std::string line;
+        std::getline(file, line);
+        EXPECT_NE(line.find(call), std::string::npos) << line << "\n  lacks " << call;
+    }
+    EXPECT_EQ(file.peek(), std::char_traits<char>::eof());
+    EXPECT_EQ(fileText(m_file).find("canary"), std::string::npos);
+}
+
 TEST_F(TraceTest, IsReadableByItsOwnerOnlyAndFollowsNoLink) {
     ASSERT_EQ(start({{"MV_SERVERPROXY_TRACE", m_file}}), 0);
     struct stat status {};

@@ -102,7 +102,7 @@ TEST(ForwardProxies, UserAndPasswordComeOutOfTheUrlDecoded) {
     EXPECT_EQ(proxies.forHttp->url(), "http://p:1");
 }
 
-TEST(NoProxy, ListsHostsDomainsAddressesAndNetworks) {
+TEST(NoProxy, ListsHostsDomainsAddressesAndNetworksWithOrWithoutAPort) {
     struct Row {
         const char* host;
         const char* list;
@@ -132,8 +132,21 @@ TEST(NoProxy, ListsHostsDomainsAddressesAndNetworks) {
                                                      {"10.1.2.3", "10.0.0.0/x", false},
                                                      {"::1", "[::1]", true},
                                                      {"fe80::1", "fe80::/10", true},
-                                                     {"::1", "127.0.0.1", false}}) {
-        EXPECT_EQ(bypassesProxy(row.host, row.list), row.bypasses)
+                                                     {"::1", "127.0.0.1", false},
+                                                     {"::1", "::1", true},
+                                                     {"a.example.com", "example.com:80", true},
+                                                     {"a.example.com", "example.com:81", false},
+                                                     {"10.1.2.3", "10.1.2.3:80", true},
+                                                     {"10.1.2.3", "10.1.2.3:81", false},
+                                                     {"::1", "[::1]:80", true},
+                                                     {"::1", "[::1]:81", false},
+                                                     {"::1:80", "[::1]:80", false},
+                                                     {"h", "*:81", false},
+                                                     {"h", "*:80", true},
+                                                     {"h", "h:", true},
+                                                     {"h", ":80", false},
+                                                     {"h", "[h", false}}) {
+        EXPECT_EQ(bypassesProxy(row.host, "80", row.list), row.bypasses)
             << row.host << " in " << row.list;
     }
 }
