@@ -18,8 +18,8 @@ constexpr std::size_t kBlock = 64 * 1024;
 // Answers up to this size leave in one piece with their header.
 constexpr std::uint64_t kSmallAnswer = 16 * 1024;
 
-// A body up to this size is read before it is refused: a client that is still sending when the
-// connection closes would lose the answer.
+// So much of a refused body is read and dropped: a client that is still sending when the connection
+// closes would lose the answer. Of one that is sent without its length the connection ends there.
 constexpr std::uint64_t kDroppedBody = 1024 * 1024;
 
 MHD_Response* smallResponse(Source& body, std::uint64_t& sent) {
@@ -85,15 +85,21 @@ bool Exchange::answersBeforeBody() const {
            announcedBody(m_request) > kDroppedBody;
 }
 
-void Exchange::take(const char* bytes, std::size_t count) {
+bool Exchange::take(const char* bytes, std::size_t count) {
     m_received += count;
     if (m_refusal) {
-        return;
+        m_dropped += count;
+        if (m_dropped <= kDroppedBody || announcedBody(m_request) > 0) {
+            return true;
+        }
+        m_answer = refusalAnswer();
+        return false;
     }
     attempt([&] {
         checkBodySize(m_received, m_server.settings().limits);
         m_handler->take(bytes, count);
     });
+    return true;
 }
 
 bool Exchange::finish() {
@@ -121,9 +127,10 @@ Answer Exchange::makeAnswer() {
             applyFaults(answer, *m_faults, m_server.stopSignal(), [this] { resetConnection(); });
         }
     };
-    if (!m_refusal && attempt(make)) {
-        return answer;
-    }
+    return !m_refusal && attempt(make) ? std::move(answer) : refusalAnswer();
+}
+
+Answer Exchange::refusalAnswer() const {
     logLine(m_request.method + " " + m_request.path + " refused: " + m_refusal->what());
     return textAnswer(m_refusal->status(), std::string(m_refusal->what()) + "\n");
 }

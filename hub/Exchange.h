@@ -22,8 +22,8 @@ public:
     // The header is there, the body is not. False: close the connection.
     bool begin();
 
-    // A piece of the body.
-    void take(const char* bytes, std::size_t count);
+    // A piece of the body. False: close the connection.
+    bool take(const char* bytes, std::size_t count);
 
     // The body has ended: answers. False: close the connection.
     bool finish();
@@ -35,6 +35,7 @@ private:
     void route();
     bool answersBeforeBody() const;
     Answer makeAnswer();
+    Answer refusalAnswer() const;
     bool deliver();
     MHD_Response* makeResponse();
     void resetConnection() const;
@@ -54,6 +55,7 @@ private:
     std::optional<Refusal> m_refusal;
     Answer m_answer;
     std::uint64_t m_received = 0;
+    std::uint64_t m_dropped = 0;  // of that, after the refusal
     std::uint64_t m_sent = 0;
 };
 

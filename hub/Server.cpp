@@ -36,9 +36,9 @@ MHD_Result onRequest(void* server, MHD_Connection* connection, const char* url, 
     if (*bodySize == 0) {
         return exchange->finish() ? MHD_YES : MHD_NO;
     }
-    exchange->take(body, *bodySize);
+    const bool goesOn = exchange->take(body, *bodySize);
     *bodySize = 0;
-    return MHD_YES;
+    return goesOn ? MHD_YES : MHD_NO;
 }
 
 void onCompleted(void*, MHD_Connection*, void** state, MHD_RequestTerminationCode code) {

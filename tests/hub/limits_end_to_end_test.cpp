@@ -113,6 +113,26 @@ TEST(Limits, BodyBeyondTheLimitIsRefusedAnnouncedOrNot) {
     EXPECT_EQ(413, exchange(call).status);
 }
 
+// What is sent without its length cannot be refused before it has come; it is not read to its end.
+TEST(Limits, BodyWithoutLengthFarBeyondTheLimitEndsTheConnection) {
+    const HubProcess hub({"--body-limit", "1000"});
+    const RawConnection client(hub.port());
+    client.send("POST /echo HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n");
+    const std::string chunk = "10000\r\n" + std::string(0x10000, 'x') + "\r\n";
+    constexpr int kManyChunks = 16 * 1024;  // a gibibyte, more than all buffers on the way hold
+    const auto sendMany = [&] {
+        for (int i = 0; i < kManyChunks; ++i) {
+            client.send(chunk);
+        }
+    };
+    EXPECT_THROW(sendMany(), std::runtime_error);
+    EXPECT_TRUE(
+        hub.waitForLog("mvhub: POST /echo refused: the body exceeds 1000 bytes; start mvhub "
+                       "with a larger --body-limit\n"));
+    EXPECT_TRUE(hub.waitForLog(", broken off\n"));
+    EXPECT_EQ("next", post(hub.url() + "/echo", "next").body);
+}
+
 TEST(Limits, HeaderBeyond64KibIsRefused) {
     const HubProcess hub;
     EXPECT_EQ(200, post(hub.url() + "/echo", "x", {"X: " + std::string(60000, 'x')}).status);
