@@ -112,6 +112,7 @@ bool Exchange::dealWithDemand() {
     const TransferPlan refused = m_transfer.plan();
     const std::vector<std::string> challenges = m_data.head.challenges();
     m_transfer.abandon();
+    m_planned.knowledge = {};
     if (!m_data.body.rewind()) {
         throw Failure{MV_STATUS_CANNOT_CONNECT,
                       refused.subject() +

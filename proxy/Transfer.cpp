@@ -82,6 +82,7 @@ void Transfer::abandon() {
     }
     if (unusable) {
         m_session.drop();
+        m_plan.knowledge = {};  // a refused password stays nowhere
     }
     m_errorText[0] = '\0';
     m_thrown.reset();

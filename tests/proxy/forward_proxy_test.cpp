@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
+#include <thread>
 
 #include "Client.h"
 #include "RawServer.h"
@@ -301,6 +303,51 @@ TEST_F(ForwardProxyTest, CredentialsOfOneProxyNeverReachAnother) {
     const Reply reply = sendStream(headerText(kTarget), "3", {answerText("eve", "other")});
     EXPECT_EQ(reply.instructions, (Instructions{17, 16, 18}));
     EXPECT_EQ(second.log(), (Lines{"407 none", "200 Basic 1"}));
+}
+
+// Asks for credentials, then refuses the way; what it was shown is in its notes.
+class AskingProxy {
+public:
+    AskingProxy() : m_server([this](Connection& connection) { serve(connection); }) {}
+
+    std::string url() const { return "http://" + m_server.authority(); }
+    std::set<std::string> seen() const {
+        const Lines notes = m_server.notes();
+        return {notes.begin(), notes.end()};
+    }
+
+private:
+    void serve(Connection& connection) {
+        const std::string given = headerValue(connection.readHead(), "Proxy-Authorization");
+        m_server.note(given);
+        connection.send(given.empty()
+                            ? "HTTP/1.1 407 No\r\nProxy-Authenticate: Basic realm=\"r\"\r\n"
+                              "Content-Length: 0\r\nConnection: close\r\n\r\n"
+                            : "HTTP/1.1 403 No\r\nContent-Length: 0\r\n"
+                              "Connection: close\r\n\r\n");
+    }
+    RawServer m_server;
+};
+
+TEST_F(ForwardProxyTest, CredentialsStayApartOnThreadsThatRunSideBySide) {
+    const AskingProxy first;
+    const AskingProxy second;
+    ASSERT_EQ(start({{"http_proxy", first.url()}, {"https_proxy", second.url()}}), 0);
+    const auto exchangeMany = [](const char* url, const std::string& answer) {
+        for (int i = 0; i < 30; ++i) {
+            sendStream(headerText(url), "abc", {answer});
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int pair = 0; pair < 2; ++pair) {
+        threads.emplace_back(exchangeMany, "http://target.invalid/x", answerText("bob", "one"));
+        threads.emplace_back(exchangeMany, "https://target.invalid/x", answerText("eve", "two"));
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(first.seen(), (std::set<std::string>{"", basic("bob:one")}));
+    EXPECT_EQ(second.seen(), (std::set<std::string>{"", basic("eve:two")}));
 }
 
 }  // namespace

@@ -181,6 +181,33 @@ TEST(RawServer, ThatNeverAnswersEndsWithTheIdleTime) {
                                "MV_SERVERPROXY_IDLE_TIMEOUT_MS");
 }
 
+// The connection stands still each time, for longer than a server may take.
+TEST(IdleTime, DoesNotCountThePausesOfTheApplication) {
+    const auto pause = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1200)); };
+    const std::string body = pattern(300000);
+    RawServer server([](Connection& connection) {
+        const std::string head = connection.readHead();
+        connection.send(kContinue);
+        connection.answer(connection.readBody(head));
+    });
+    ASSERT_EQ(start({{"MV_SERVERPROXY_IDLE_TIMEOUT_MS", "1000"}}), 0);
+    std::vector<char> block(MV_PROXY_BLOCK_SIZE);
+    MvServerProxy_SendNoAck(headerText(server.url()).c_str());
+    MvServerProxy_SendEOF();
+    ASSERT_EQ(MvServerProxy_Receive(block.data()), MV_INSTRUCTION_SEND_BODY);
+    ASSERT_EQ(MvServerProxy_SendNoAck(body.substr(0, 100000).c_str()), 1);
+    ASSERT_EQ(MvServerProxy_SendNoAck(body.substr(100000, 100000).c_str()), 1);
+    pause();
+    ASSERT_EQ(MvServerProxy_SendNoAck(body.substr(200000).c_str()), 1);
+    ASSERT_EQ(MvServerProxy_SendEOF(), 0);
+    ASSERT_EQ(MvServerProxy_Receive(block.data()), MV_INSTRUCTION_RESPONSE_READY);
+    pause();
+    Reply reply;
+    readResponse(reply);
+    EXPECT_EQ(reply.code, 0) << reply.error;
+    EXPECT_TRUE(reply.body == body);
+}
+
 TEST(RawServer, ThatNeverReadsIsWaitedForInBoundedMemoryUntilTheIdleTime) {
     std::promise<void> over;
     RawServer server([&](Connection& connection) {
@@ -199,17 +226,17 @@ TEST(RawServer, ThatDribblesEndsWithTheTotalTimeOnly) {
     RawServer server([](Connection& connection) {
         connection.readBody(connection.readHead());
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
-        for (int i = 0; i < 100; ++i) {
+        for (int i = 0; i < 200; ++i) {
             connection.send("x");
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     });
-    ASSERT_EQ(start({{"MV_SERVERPROXY_IDLE_TIMEOUT_MS", "200"},
-                     {"MV_SERVERPROXY_TOTAL_TIMEOUT_MS", "400"}}),
+    ASSERT_EQ(start({{"MV_SERVERPROXY_IDLE_TIMEOUT_MS", "1000"},
+                     {"MV_SERVERPROXY_TOTAL_TIMEOUT_MS", "1500"}}),
               0);
     const Reply reply = sendStream(headerText(server.url()), "x");
     EXPECT_EQ(reply.end, MV_STATUS_CANNOT_CONNECT);
-    EXPECT_NE(reply.error.find("took longer than 400 ms"), std::string::npos) << reply.error;
+    EXPECT_NE(reply.error.find("took longer than 1500 ms"), std::string::npos) << reply.error;
 }
 
 TEST(RawServer, ThatEchoesWhileItReadsDoesNotStandStill) {

@@ -194,20 +194,30 @@ private:
 };
 char MemorySearch::m_block[2 * kStep];
 
-// One exchange with a credential challenge. The answer and the server's notion of it live in wiped
-// memory; the forward proxy runs in a process of its own and leaves nothing here.
-void exchangeWithPassword(const char* scrambledAnswer) {
+// Sends an answer that comes scrambled, and leaves no copy of it.
+void sendAnswer(const char* scrambled) {
     char answer[128] = {};
-    for (std::size_t i = 0; scrambledAnswer[i] != '\0'; ++i) {
-        answer[i] = static_cast<char>(scrambledAnswer[i] ^ 1);
+    for (std::size_t i = 0; scrambled[i] != '\0'; ++i) {
+        answer[i] = static_cast<char>(scrambled[i] ^ 1);
     }
+    ASSERT_GT(MvServerProxy_SendNoAck(answer), 0);
+    ::explicit_bzero(answer, sizeof(answer));
+}
+
+// Up to the credential challenge, and the answer to it. The server's notion of the password lives
+// in a process of its own and leaves nothing here.
+void answerChallenge(const char* scrambledAnswer) {
     char block[MV_PROXY_BLOCK_SIZE] = {};
     ASSERT_GT(MvServerProxy_SendNoAck(headerText(kTarget).c_str()), 0);
     ASSERT_EQ(MvServerProxy_SendEOF(), 0);
     ASSERT_EQ(MvServerProxy_Receive(block), MV_INSTRUCTION_CREDENTIAL_CHALLENGE);
     ASSERT_GT(MvServerProxy_Receive(block), 0);
-    ASSERT_GT(MvServerProxy_SendNoAck(answer), 0);
-    ::explicit_bzero(answer, sizeof(answer));
+    sendAnswer(scrambledAnswer);
+}
+
+void exchangeWithPassword(const char* scrambledAnswer) {
+    char block[MV_PROXY_BLOCK_SIZE] = {};
+    answerChallenge(scrambledAnswer);
     ASSERT_EQ(MvServerProxy_Receive(block), MV_INSTRUCTION_SEND_BODY);
     ASSERT_GT(MvServerProxy_SendNoAck("body"), 0);
     ASSERT_EQ(MvServerProxy_SendEOF(), 0);
@@ -217,10 +227,11 @@ void exchangeWithPassword(const char* scrambledAnswer) {
     MvServerProxy_Complete();
 }
 
-// Lets everything with credentials through; its process ends with the pipe.
+// Lets requests with those credentials through ("Basic *": with any); its process ends with the
+// pipe.
 class ProxyProcess {
 public:
-    ProxyProcess() {
+    explicit ProxyProcess(const std::string& accepted = "Basic *") {
         int ready[2] = {};
         int over[2] = {};
         if (::pipe(ready) != 0 || ::pipe(over) != 0) {
@@ -230,7 +241,7 @@ public:
         if (m_pid == 0) {
             ::close(over[1]);
             {
-                ScriptedProxy proxy({"Proxy-Authenticate: Basic realm=\"corp\"\r\n", {"Basic *"}});
+                ScriptedProxy proxy({"Proxy-Authenticate: Basic realm=\"corp\"\r\n", {accepted}});
                 const int port = proxy.server().port();
                 static_cast<void>(!::write(ready[1], &port, sizeof(port)));
                 char end = 0;
@@ -259,29 +270,45 @@ private:
     int m_port = 0;
 };
 
+// "user:bob", "password:xyzzy-plugh-frotz-0123", scrambled.
+const char kAnswer[] =
+    "trds;cnc\x0c\x0bq`rrvnse;yx{{x,qmtfi,gsnu{,1032\x0c\x0benl`ho;\x0c\x0b\x0c\x0b";
+// The password, and base64 of "bob:xyzzy-plugh-frotz-", scrambled; what follows depends on the
+// rest.
+const char kPassword[] = "yx{{x,qmtfi,gsnu{,1032";
+const char kBase64[] = "Xl8hNoi4doq4MYCreVenMV[xc2S7";
+
 TEST(Memory, HoldsNoPasswordOnceTheLibraryIsStopped) {
-    // "user:bob", "password:xyzzy-plugh-frotz-0123", scrambled.
-    static const char kAnswer[] =
-        "trds;cnc\x0c\x0bq`rrvnse;yx{{x,qmtfi,gsnu{,1032\x0c\x0benl`ho;\x0c\x0b\x0c\x0b";
     const ProxyProcess proxy;
     ASSERT_EQ(start({{"http_proxy", proxy.url()}}), 0);
     exchangeWithPassword(kAnswer);
-    MemorySearch plain("yx{{x,qmtfi,gsnu{,1032");
+    MemorySearch plain(kPassword);
     EXPECT_GT(plain.count(), 0) << "it is kept for later exchanges";
     stop();
     EXPECT_EQ(plain.count(), 0);
 }
 
 TEST(Memory, HoldsNoBase64OfThePasswordOnceTheLibraryIsStopped) {
-    static const char kAnswer[] =
-        "trds;cnc\x0c\x0bq`rrvnse;yx{{x,qmtfi,gsnu{,1032\x0c\x0benl`ho;\x0c\x0b\x0c\x0b";
-    // base64 of "bob:xyzzy-plugh-frotz-", scrambled; what follows it depends on the rest.
-    MemorySearch encoded("Xl8hNoi4doq4MYCreVenMV[xc2S7");
+    MemorySearch encoded(kBase64);
     const ProxyProcess proxy;
     ASSERT_EQ(start({{"http_proxy", proxy.url()}}), 0);
     exchangeWithPassword(kAnswer);
     stop();
     EXPECT_EQ(encoded.count(), 0);
+}
+
+TEST(Memory, HoldsNoPasswordOnceItIsRefused) {
+    const ProxyProcess proxy("Basic nobody");
+    ASSERT_EQ(start({{"http_proxy", proxy.url()}}), 0);
+    answerChallenge(kAnswer);
+    MemorySearch plain(kPassword);
+    MemorySearch encoded(kBase64);
+    EXPECT_GT(plain.count(), 0) << "it is there to be sent";
+    char block[MV_PROXY_BLOCK_SIZE] = {};
+    EXPECT_EQ(MvServerProxy_Receive(block), MV_INSTRUCTION_CREDENTIAL_CHALLENGE);
+    EXPECT_EQ(plain.count(), 0);
+    EXPECT_EQ(encoded.count(), 0);
+    stop();
 }
 
 }  // namespace
