@@ -7,9 +7,10 @@ namespace Morvenn::Net::MvServerProxy::Proxy {
 
 void BodyWindow::clear() {
     if (m_bytes.capacity() > 2 * kCapacity) {
-        std::vector<char>().swap(m_bytes);  // a large text body came by; its room is given back
+        std::vector<char>().swap(m_bytes);  // a large chunk came by; its room is given back
     }
     m_bytes.clear();
+    m_lent = {};
     m_head = 0;
     m_dropped = false;
     m_ended = false;

@@ -22,6 +22,12 @@ public:
     // Empty again, with nothing dropped and no end.
     void clear();
 
+    // The whole body at once, for whole() only: borrowed until clear(), not copied.
+    void lend(std::string_view body) {
+        m_lent = body;
+        m_ended = true;
+    }
+
     // Takes the chunk. When it would not fit, what was read is dropped first; when it still does
     // not fit the window grows, so that a chunk once accepted is never lost.
     void append(std::string_view chunk);
@@ -39,10 +45,13 @@ public:
     bool ended() const { return m_ended; }
 
     // The whole body. Requires: rewindable().
-    std::string_view whole() const { return {m_bytes.data(), m_bytes.size()}; }
+    std::string_view whole() const {
+        return m_lent.empty() ? std::string_view(m_bytes.data(), m_bytes.size()) : m_lent;
+    }
 
 private:
     std::vector<char> m_bytes;
+    std::string_view m_lent;
     std::size_t m_head = 0;
     bool m_dropped = false;
     bool m_ended = false;

@@ -10,6 +10,7 @@ namespace Morvenn::Net::MvServerProxy::Proxy {
 namespace {
 
 constexpr int kOk = 200;
+constexpr std::size_t kKeptText = 128 * 1024;
 
 }  // namespace
 
@@ -105,6 +106,9 @@ void Exchange::complete() {
     m_data.head.clear();
     m_data.response.clear();
     m_planned = {};
+    if (m_text.capacity() > kKeptText) {
+        std::string().swap(m_text);  // a large text body came by; its room is given back
+    }
     m_text.clear();
     m_block.clear();
     m_blockPos = 0;
@@ -140,8 +144,7 @@ int Exchange::submit() {
         moveTo(State::Waiting);
         return 0;
     }
-    m_data.body.append(request.body);
-    m_data.body.end();
+    m_data.body.lend(request.body);
     awaitAnswer();
     if (m_kind == Kind::Shutdown) {
         return submitShutdown();

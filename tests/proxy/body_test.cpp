@@ -53,6 +53,18 @@ TEST(BodyWindow, NeverLosesAChunkEvenBeyondItsCapacity) {
     EXPECT_EQ(read(window, 100000), pattern(BodyWindow::kCapacity) + chunk);
 }
 
+TEST(BodyWindow, AWholeBodyIsLentAndNotCopied) {
+    const std::string text = pattern(1000000);
+    BodyWindow window;
+    window.lend(text);
+    EXPECT_TRUE(window.ended());
+    EXPECT_TRUE(window.rewind());
+    EXPECT_EQ(window.whole().data(), text.data());
+    EXPECT_EQ(window.whole().size(), text.size());
+    window.clear();
+    EXPECT_EQ(window.whole(), "");
+}
+
 TEST(BodyWindow, ClearForgetsEverything) {
     BodyWindow window;
     window.append("abc");
