@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -173,15 +174,20 @@ private:
         for (; from < to; from += kStep) {
             const ssize_t size =
                 ::pread(memory, m_block, kStep + m_size - 1, static_cast<off_t>(from));
-            for (ssize_t i = 0; i + static_cast<ssize_t>(m_size) <= size; ++i) {
-                const auto at = from + static_cast<unsigned long>(i);
+            const char* end = m_block + std::max<ssize_t>(size, 0);
+            for (const char* hit = m_block; (hit = next(hit, end)) != nullptr; ++hit) {
+                const auto at = from + static_cast<unsigned long>(hit - m_block);
                 const bool own =
                     isIn(at, m_block, sizeof(m_block)) || isIn(at, m_needle, sizeof(m_needle));
-                found += !own && std::memcmp(m_block + i, m_needle, m_size) == 0 ? 1 : 0;
+                found += own ? 0 : 1;
             }
             ::explicit_bzero(m_block, sizeof(m_block));
         }
         return found;
+    }
+    const char* next(const char* begin, const char* end) const {
+        const auto size = static_cast<std::size_t>(end - begin);
+        return static_cast<const char*>(::memmem(begin, size, m_needle, m_size));
     }
     static bool isIn(unsigned long address, const char* begin, std::size_t size) {
         const auto first = reinterpret_cast<unsigned long>(begin);
