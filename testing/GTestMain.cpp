@@ -48,10 +48,11 @@ bool passesAlone(const std::string& name) {
 int runEachAlone() {
     int failed = 0;
     const std::vector<std::string> names = selectedTests();
-    for (const std::string& name : names) {
-        failed += passesAlone(name) ? 0 : 1;
+    std::size_t run = 0;
+    for (; run < names.size() && (failed == 0 || !testing::GTEST_FLAG(fail_fast)); ++run) {
+        failed += passesAlone(names[run]) ? 0 : 1;
     }
-    std::cout << names.size() << " tests, each in a process of its own; " << failed << " failed\n";
+    std::cout << run << " tests, each in a process of its own; " << failed << " failed\n";
     return failed == 0 && !names.empty() ? 0 : 1;
 }
 

@@ -1,29 +1,46 @@
 #!/usr/bin/env python3
 """Changes one thing in the library and sees whether a test notices: a mutation run.
 
-    tools/mutate/mutate.py                 every mutant; hours
-    tools/mutate/mutate.py --sample 50     so many, chosen by --seed (default: 1)
+    tools/mutate/mutate.py                 every mutant, in an order chosen by --seed (default: 1)
+    tools/mutate/mutate.py --minutes 40    as many of them as fit: a random sample
+    tools/mutate/mutate.py --sample 50     so many of them
     tools/mutate/mutate.py --list          only shows the mutants
     tools/mutate/mutate.py client/HeaderText.cpp ...   only of these files
 
-Works on a copy of the tree in build/mutate. A mutant counts as killed when the build fails, a test
-fails or the tests do not end in time. Survivors are printed with their place and written to
-build/mutate/survivors.txt; what is known of them stands in tools/mutate/SURVIVORS.md.
+Works on a copy of the tree in build/mutate, so that the tree may change meanwhile. The programs of
+PROGRAMS are built and run one after the other up to the first test that fails, and the tests that
+killed a mutant of the same file before are run first: most mutants cost one compilation, one link and
+one test. A mutant counts as killed when it does not compile,
+a test fails, or a test takes more processor time or memory than any test needs. Survivors are printed
+with their place and written to build/mutate/survivors.txt; what is known of them stands in
+tools/mutate/SURVIVORS.md.
 """
 import argparse
 import pathlib
 import random
 import re
+import resource
 import shutil
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COPY = ROOT / "build" / "mutate"
 FOLDERS = ("client", "admin", "crypto", "util")
-TESTS = ("mv_unit_tests", "mv_retaining_tests", "mv_torture_tests")
-TORTURE_FILTER = "*FaultTorture.Every*/StreamB*:*.Every*/TextOne*:*.Every*/GzipG*:*.Every*/SignT*:*.Every*/DirectoryO*"
-TIMEOUT = 240
+TORTURE = "*FaultTorture.Every*/StreamB*:*.Every*/TextOne*:*.Every*/GzipG*:*.Every*/SignT*:*.Every*/DirectoryO*"
+# The quick ones first; each with its options.
+PROGRAMS = {
+    "mv_unit_tests": [],
+    "mv_retaining_tests": [],
+    "mv_retained_memory_tests": [],
+    "mv_torture_tests": [f"--gtest_filter={TORTURE}"],
+}
+KILLERS = {}  # the tests that killed mutants of a file, the last one first, each with its program
+FAILED = re.compile(r"^([\w/]+\.[\w/]+): ", re.MULTILINE)
+PROCESSOR_SECONDS = 20  # for each test, which is a process of its own
+MEMORY = 4 << 30
+TIMEOUT = 900
 
 # What is replaced by what; the pattern is looked for outside comments and texts.
 OPERATORS = [
@@ -83,13 +100,18 @@ def all_mutants(paths):
     return mutants
 
 
-def run(command, timeout=None):
+def limit():
+    resource.setrlimit(resource.RLIMIT_CPU, (PROCESSOR_SECONDS, PROCESSOR_SECONDS))
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def run(command, before=None):
     try:
-        done = subprocess.run(command, cwd=COPY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              timeout=timeout, check=False)
-        return done.returncode == 0
+        return subprocess.run(command, cwd=COPY, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              timeout=TIMEOUT, check=False, preexec_fn=before, text=True, errors="replace")
     except subprocess.TimeoutExpired:
-        return False
+        return subprocess.CompletedProcess(command, 1, "")
 
 
 def prepare():
@@ -103,27 +125,33 @@ def prepare():
             if not target.exists() or target.read_bytes() != source.read_bytes():
                 shutil.copy2(source, target)
     configured = run(["cmake", "-S", ".", "-B", "out", "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                      "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DMV_BUILD_PROXY=OFF", "-DMV_BUILD_HUB=OFF",
+                      "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DMV_BUILD_PROXY=OFF", "-DMV_BUILD_HUB=OFF",
                       "-DMV_BUILD_TOOLS=OFF", "-DMV_BUILD_EXAMPLES=OFF"])
-    return configured and build() and survives()
+    return configured.returncode == 0 and survives("")
 
 
-def targets():
-    return [name for name in TESTS if (COPY / "out" / "build.ninja").read_text().find(f"{name}:") > 0]
+# True when the program can be built and its tests pass; adds the test that failed to `killers`.
+def passes(name, options, killers):
+    if run(["cmake", "--build", "out", "--target", name]).returncode != 0:
+        return False
+    program = next(path for path in (COPY / "out" / "tests").rglob(name) if path.is_file())
+    done = run([str(program), "--gtest_fail_fast", *options], limit)
+    if done.returncode == 0:
+        return True
+    failed = FAILED.search(done.stdout)
+    if failed and (name, failed[1]) not in killers:
+        killers.insert(0, (name, failed[1]))
+    return False
 
 
-def build():
-    return run(["cmake", "--build", "out", "--target", *targets()])
-
-
-# True when every test passes.
-def survives():
-    for name in targets():
-        program = next((COPY / "out" / "tests").rglob(name))
-        options = [f"--gtest_filter={TORTURE_FILTER}"] if name == "mv_torture_tests" else []
-        if not run([str(program), *options], TIMEOUT):
+# True when every test passes on the tree with a change in the file.
+def survives(path):
+    killers = KILLERS.setdefault(path, [])
+    for name in PROGRAMS:
+        known = [test for program, test in killers if program == name]
+        if known and not passes(name, ["--gtest_filter=" + ":".join(known) + ":-"], killers):
             return False
-    return True
+    return all(passes(name, options, killers) for name, options in PROGRAMS.items())
 
 
 def killed(mutant):
@@ -133,7 +161,7 @@ def killed(mutant):
     lines[mutant.line - 1] = mutant.after
     path.write_text("\n".join(lines), encoding="utf-8")
     try:
-        return not build() or not survives()
+        return not survives(mutant.path)
     finally:
         path.write_text(original, encoding="utf-8")
 
@@ -141,6 +169,7 @@ def killed(mutant):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("--sample", type=int, default=0)
+    parser.add_argument("--minutes", type=float, default=float("inf"))
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--list", action="store_true")
     parser.add_argument("files", nargs="*")
@@ -149,8 +178,10 @@ def main():
     paths = arguments.files or sorted(
         path.relative_to(ROOT).as_posix() for folder in FOLDERS for path in (ROOT / folder).glob("*.cpp"))
     mutants = all_mutants(paths)
+    in_all = len(mutants)
+    random.Random(arguments.seed).shuffle(mutants)
     if arguments.sample:
-        mutants = random.Random(arguments.seed).sample(mutants, min(arguments.sample, len(mutants)))
+        mutants = mutants[: arguments.sample]
     if arguments.list:
         print("\n".join(str(mutant) for mutant in mutants))
         print(f"{len(mutants)} mutants")
@@ -159,15 +190,21 @@ def main():
         print("the copy in build/mutate does not build or pass its tests unchanged", file=sys.stderr)
         return 1
     survivors = []
-    for count, mutant in enumerate(mutants, 1):
+    tried = 0
+    end = time.monotonic() + arguments.minutes * 60
+    for mutant in mutants:
+        if time.monotonic() > end:
+            break
+        tried += 1
         if not killed(mutant):
             survivors.append(mutant)
             print(f"SURVIVED {mutant}", flush=True)
-        if count % 10 == 0:
-            print(f"{count} of {len(mutants)}, {len(survivors)} survived", flush=True)
+        if tried % 10 == 0:
+            print(f"{tried} of {len(mutants)}, {len(survivors)} survived", flush=True)
     (COPY / "survivors.txt").write_text("\n".join(map(str, survivors)) + "\n", encoding="utf-8")
-    dead = len(mutants) - len(survivors)
-    print(f"{len(mutants)} mutants, {dead} killed ({100 * dead / max(1, len(mutants)):.1f} %)")
+    dead = tried - len(survivors)
+    print(f"{tried} of {in_all} mutants tried, seed {arguments.seed}: "
+          f"{dead} killed ({100 * dead / max(1, tried):.1f} %)")
     return 0
 
 
