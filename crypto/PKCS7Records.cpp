@@ -1,6 +1,7 @@
 // The records of PKCS7.h: the request's writer, the answer's reader, and their byte order.
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -18,6 +19,7 @@ constexpr std::size_t kCountWidth = 4;
 constexpr std::size_t kLengthWidth = 4;
 constexpr std::size_t kFlagWidth = 1;
 constexpr std::int64_t kEntryHead = kFlagWidth + kLengthWidth;
+constexpr std::size_t kLargestRecord = std::numeric_limits<std::uint32_t>::max();
 
 }  // namespace
 
@@ -28,6 +30,10 @@ std::string PKCS7::prepareRequest(const char** data, unsigned int count, int* si
             throw Client::MSPProtocolException("Size must be greater than 0");
         }
         total += kLengthWidth + static_cast<std::size_t>(sizes[i]);
+    }
+    if (total > kLargestRecord) {
+        Client::MvServerRequest::generateLocalMSPException(
+            -1, "PKCS7::sign: the items are larger than one request can be. Sign fewer at once.");
     }
     std::string record(total, '\0');
     char* at = record.data();

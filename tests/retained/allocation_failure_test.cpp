@@ -153,13 +153,27 @@ TEST_F(AllocationFailure, LeavesTheSimpleRequestUnchanged) {
     EXPECT_EQ(response, nullptr);
 }
 
-TEST_F(AllocationFailure,
-       SignatureRecordWhoseSizeDoesNotFit32BitsIsAFailedAllocationBeforeAnyCall) {
+TEST_F(AllocationFailure, LargestSignatureRecordIsAskedForWholeAndRefusedBeforeAnyCall) {
     const char* data[] = {kUnread[0], kUnread[1]};
-    int sizes[] = {INT_MAX, INT_MAX};
+    int sizes[] = {INT_MAX, INT_MAX - 11};
+    constexpr std::size_t record = UINT32_MAX;
     Memory::limitRequests(std::size_t{1} << 30U);
     EXPECT_THROW(Crypto::PKCS7().sign(data, 2, sizes), std::bad_alloc);
-    EXPECT_GE(Memory::largestRequest(), 4 + 2 * (4 + std::size_t{INT_MAX})) << "the whole record";
+    EXPECT_GE(Memory::largestRequest(), record);
+    EXPECT_EQ(proxy.calls(), Calls{});
+}
+
+TEST_F(AllocationFailure, SignatureRecordWhoseSizeDoesNotFit32BitsIsALocalFailureWithoutMemory) {
+    const std::string message =
+        "PKCS7::sign: the items are larger than one request can be. Sign fewer at once.";
+    const char* data[] = {kUnread[0], kUnread[1], kUnread[1]};
+    int oneByteTooMany[] = {INT_MAX, INT_MAX - 10};
+    int farTooMany[] = {INT_MAX, INT_MAX, INT_MAX};
+    const Failure expected = failure<Client::MSPRuntimeException>(-1, message);
+    Memory::limitRequests(std::size_t{1} << 30U);
+    EXPECT_EQ(failureOf([&] { Crypto::PKCS7().sign(data, 2, oneByteTooMany); }), expected);
+    EXPECT_EQ(failureOf([&] { Crypto::PKCS7().sign(data, 3, farTooMany); }), expected);
+    EXPECT_EQ(errorLines(), (Lines{message, "-1", message, "-1"}));
     EXPECT_EQ(proxy.calls(), Calls{});
 }
 

@@ -36,10 +36,10 @@ namespace Morvenn::Net::MvServerProxy::Crypto {
  * and starts the proxy.
  *
  * Every form throws Client::MSPProtocolException, "Size must be greater than 0", for an item
- * without bytes, and Client::MSPRuntimeException, type -1, for one whose pointer is null, both
- * before anything is sent; what Client::MvServerRequest::execute() throws;
- * std::out_of_range for an answer whose entries lie outside its data; std::bad_alloc for a negative
- * or too large entry count.
+ * without bytes, and Client::MSPRuntimeException, type -1, for one whose pointer is null and for a
+ * request record above 4294967295 bytes, all before anything is sent; what
+ * Client::MvServerRequest::execute() throws; std::out_of_range for an answer whose entries lie
+ * outside its data; std::bad_alloc for a negative or too large entry count.
  *
  * By design: an entry that is cut short by the end of the answer is returned cut.
  * (Pkcs7Answer.EntryBeyondTheDataIsCut)
@@ -67,9 +67,9 @@ public:
      * @param count number of items
      * @param sizes @p count lengths in bytes, each at least 1; borrowed
      * @return an array of signatures in the order of the items, which the caller releases with
-     *         `delete[]`; null, without an exchange, when @p data or @p sizes or @p count is 0. The
-     *         array has as many elements as the answer has entries; the caller takes that to be
-     *         @p count.
+     *         `delete[]`; null, without an exchange, when @p data or @p sizes is null or @p count
+     * is 0. The array has as many elements as the answer has entries; the caller takes that to be
+     * @p count.
      */
     std::string* sign(const char** data, unsigned int count, int* sizes);
 
