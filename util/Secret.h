@@ -8,7 +8,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace Morvenn::Net::MvServerProxy::Util::Internal {
@@ -42,7 +41,11 @@ inline void append(SecretText& text, std::string_view more) {
 /// A string that came from elsewhere, wiped when this goes out of scope.
 class WipedString {
 public:
-    explicit WipedString(std::string text) noexcept : m_text(std::move(text)) {}
+    /// Takes @p text. A short text lies within the string object, so what it leaves there is wiped.
+    explicit WipedString(std::string&& text) noexcept {
+        m_text.swap(text);
+        ::explicit_bzero(text.data(), text.capacity());
+    }
     WipedString(const WipedString&) = delete;
     WipedString& operator=(const WipedString&) = delete;
     ~WipedString() { ::explicit_bzero(m_text.data(), m_text.size()); }
