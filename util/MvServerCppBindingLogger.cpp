@@ -1,5 +1,6 @@
 #include "morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h"
 
+#include <exception>
 #include <iostream>
 #include <new>
 #include <string_view>
@@ -38,6 +39,13 @@ std::string logDirectory() {
 std::string logFileName(const std::string& processId) {
     const char* name = Internal::environmentValue(kNameVariable);
     return "/CppBinding_" + processId + "_" + (name != nullptr ? name : "Morvenn") + ".log";
+}
+
+void noteOpenFailure(const std::string& path) {
+    try {
+        std::cout << "Could not open the log file:-" << path << " Logging hence will be disabled";
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): the log fails nobody
+    }
 }
 
 }  // namespace
@@ -121,8 +129,8 @@ bool MvServerCppBindingLogger::open() {
     const std::string path = logDirectory() + "/" + logFileName(m_processId);
     m_file = Internal::createPrivateFile(path);
     if (m_file == nullptr) {
-        std::cout << "Could not open the log file:-" << path << " Logging hence will be disabled";
         s_level.store(LevelOff, std::memory_order_relaxed);
+        noteOpenFailure(path);
     }
     return m_file != nullptr;
 }

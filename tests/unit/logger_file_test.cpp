@@ -7,6 +7,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 
 #include "LoggerTest.h"
 
@@ -124,8 +125,7 @@ TEST_F(Logger, IsReadableForItsOwnerOnlyAndClosedOnExec) {
     EXPECT_EQ(descriptors, 1);
 }
 
-// --- files that are refused, like any that cannot be opened
-// ----------------------------------------
+// --- files that are refused, like any that cannot be opened --------------------------------------
 
 TEST_F(Logger, SymbolicLinkIsRefusedAndItsTargetUntouched) {
     const std::string target = temp.path() + "/target";
@@ -158,8 +158,7 @@ TEST_F(Logger, NameThatIsTooLongIsRefused) {
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
 }
 
-// --- after a refusal
-// ------------------------------------------------------------------------------
+// --- after a refusal -----------------------------------------------------------------------------
 
 TEST_F(Logger, FailureToOpenSwitchesLoggingOff) {
     setenv("TEMP", "/no/such/directory", 1);
@@ -186,6 +185,19 @@ TEST_F(Logger, FailureToOpenWithStandardOutputClosedIsSilent) {
         return Log::isError() ? 1 : 0;
     });
     EXPECT_TRUE(outcome.good()) << outcome;
+}
+
+TEST_F(Logger, FailureToOpenWithAStandardOutputThatThrowsFailsNobody) {
+    struct Full : std::streambuf {
+    } full;
+    setenv("TEMP", "/no/such/directory", 1);
+    std::streambuf* const before = std::cout.rdbuf(&full);
+    std::cout.exceptions(std::ios::badbit);
+    EXPECT_NO_THROW(Log::error("x"));
+    EXPECT_TRUE(std::cout.bad()) << "the note was tried";
+    EXPECT_FALSE(Log::isError());
+    std::cout.exceptions(std::ios::goodbit);
+    std::cout.rdbuf(before);
 }
 
 TEST_F(Logger, FailedWriteIsIgnored) {
