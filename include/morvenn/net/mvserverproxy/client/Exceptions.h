@@ -50,7 +50,7 @@ public:
 protected:
     /** Type code 0. */
     explicit Exception(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     Exception(int type, const std::string& message);
     virtual ~Exception();
 
@@ -64,7 +64,7 @@ class MVCPP_API MSPException : public Exception {
 public:
     /** Type code 0. */
     explicit MSPException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     MSPException(int type, const std::string& message);
     /** A plain copy. @{ */
     MSPException(const MSPException&) = default;
@@ -73,12 +73,15 @@ public:
     ~MSPException() override;
 };
 
-/** A failure inside the proxy (type 0), or one found by the library itself (type -1). */
+/**
+ * A failure inside the proxy (type 0), one found by the library itself (type -1), or a credential
+ * provider's refusal (the provider's type).
+ */
 class MVCPP_API MSPRuntimeException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPRuntimeException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     MSPRuntimeException(int type, const std::string& message);
     /** A plain copy. @{ */
     MSPRuntimeException(const MSPRuntimeException&) = default;
@@ -92,7 +95,7 @@ class MVCPP_API MSPProtocolException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPProtocolException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     MSPProtocolException(int type, const std::string& message);
     /** A plain copy. @{ */
     MSPProtocolException(const MSPProtocolException&) = default;
@@ -106,7 +109,7 @@ class MVCPP_API MSPUnrecognisedException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPUnrecognisedException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     MSPUnrecognisedException(int type, const std::string& message);
     /** A plain copy. @{ */
     MSPUnrecognisedException(const MSPUnrecognisedException&) = default;
@@ -120,7 +123,7 @@ class MVCPP_API MSPConnectionException : public MSPException {
 public:
     /** Type code 0. */
     explicit MSPConnectionException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     MSPConnectionException(int type, const std::string& message);
     /** A plain copy. @{ */
     MSPConnectionException(const MSPConnectionException&) = default;
@@ -137,7 +140,7 @@ class MVCPP_API CredentialsUnavailableException : public MSPException {
 public:
     /** Type code 0. */
     explicit CredentialsUnavailableException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     CredentialsUnavailableException(int type, const std::string& message);
     /** A plain copy. @{ */
     CredentialsUnavailableException(const CredentialsUnavailableException&) = default;
@@ -151,7 +154,7 @@ class MVCPP_API Utf8ConversionException : public MSPException {
 public:
     /** Type code 0. */
     explicit Utf8ConversionException(const std::string& message);
-    /** With a type code of the thrower\'s own. */
+    /** With a type code of the thrower's own. */
     Utf8ConversionException(int type, const std::string& message);
     /** A plain copy. @{ */
     Utf8ConversionException(const Utf8ConversionException&) = default;

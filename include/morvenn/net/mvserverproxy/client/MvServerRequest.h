@@ -60,7 +60,7 @@ namespace Morvenn::Net::MvServerProxy::Client {
  */
 class MVCPP_API MvServerRequest {
 public:
-    /** @param session borrowed; must not be null when the request is sent. */
+    /** @param session borrowed; null is refused when the request is sent. */
     explicit MvServerRequest(MSPSession* session);
 
     /**
@@ -94,12 +94,14 @@ public:
      * @return the response's body; the caller deletes it. A failure while it is read shows as its
      *         bad() flag, or as the exception itself after `exceptions(std::ios::badbit)`.
      * @throws MSPRuntimeException type -1 when this object has been sent before, when its exchange
-     *         was moved to a copy, or when the headers cannot be converted to UTF-8.
+     *         was moved to a copy, when it was created without a session, or when headers or
+     *         credentials cannot be converted to UTF-8.
      * @throws MSPProtocolException type 0 when there is neither a text nor a stream body, or when
      *         "generatePKCS7Signatures" is "null" and environment and URL headers are all empty or
      *         "null".
      * @throws MSPException type 0 when a forward proxy asks for credentials and no provider is set;
-     *         MSPRuntimeException when the provider has none to give.
+     *         MSPRuntimeException when the provider has none to give; MSPProtocolException type 0
+     *         when the challenge cannot be read.
      * @throws Utf8ConversionException when the session id in the response cannot be converted.
      * @throws any class of the family for a status of the proxy (see Exceptions.h), and whatever
      * the body stream or the credential provider throws.
@@ -123,10 +125,16 @@ public:
     /**
      * Sends the stream body in pieces, then the end marker. Called by send() when the proxy asks.
      * @return the proxy's next instruction; a negative one is not raised here.
+     * @throws the class of the status for a refused piece or end marker; MSPRuntimeException type
+     *         -1 when no stream is set; whatever the stream throws.
      */
     int sendBody();
 
-    /** Sends the header text of a request with a stream body. Called by send(). */
+    /**
+     * Sends the header text of a request with a stream body, then the end marker. Called by send().
+     * @throws the class of the status when either is refused; MSPRuntimeException type -1 when the
+     *         text cannot be converted to UTF-8.
+     */
     void submitRequestHeader();
 
     /**
@@ -142,7 +150,11 @@ public:
     /** The provider set before; null when there is none. */
     const CredentialProvider* getCredentialProvider() const;
 
-    /** Reads the proxy's next instruction. @return it, or a negative status, unchanged. */
+    /**
+     * Reads the proxy's next instruction.
+     * @return it, or a negative status, unchanged.
+     * @throws MSPRuntimeException type -1 when the exchange was handed over or moved to a copy.
+     */
     int waitForMspInstruction();
 
     /** The response's code once send() has returned; a copy, "" when the response did not say. */
@@ -154,7 +166,8 @@ public:
 
     /**
      * Asks the server to shut down. Reads no response; neither tests nor marks this object as sent.
-     * @throws the class of the status when the end marker fails; Utf8ConversionException.
+     * @throws the class of the status when the end marker fails; Utf8ConversionException when the
+     *         text cannot be converted; MSPRuntimeException type -1 without a session.
      * By design: only the end marker decides whether the text was taken.
      * (Shutdown.ResultOfTheTextIsIgnored)
      */

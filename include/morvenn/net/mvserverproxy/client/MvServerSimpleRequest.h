@@ -6,7 +6,7 @@
  *
  * 1. Texts that go in are NUL-terminated, not null, and borrowed for the duration of the call.
  * 2. The text that comes out is allocated with malloc, exactly as long as needed, and belongs to
- * the caller, who releases it with free. It ends at the first zero byte of the response.
+ *    the caller, who releases it with free. It ends at the first zero byte of the response.
  * 3. The proxy is started on first use. It is never stopped here.
  * 4. One call at a time on a thread, and none while another exchange of the thread is open.
  * 5. A forward proxy's credential challenge cannot be answered here: the call fails with

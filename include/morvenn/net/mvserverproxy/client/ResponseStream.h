@@ -101,7 +101,7 @@ public:
     using int_type = typename std::basic_streambuf<CharT>::int_type;
 
     /**
-     * Takes @p responseStream. With @p compressed the bytes are inflated.
+     * Takes @p responseStream, which must not be null. With @p compressed the bytes are inflated.
      * @throws MSPRuntimeException type -1 when zlib cannot be initialised.
      */
     MSPBufferBase(std::unique_ptr<ResponseStream> responseStream, bool compressed);

@@ -77,7 +77,7 @@ MVCPP_API int MvServerProxy_SendEOF(void);
  * Receives into @p buffer, which always has room for MV_PROXY_BLOCK_SIZE bytes.
  * @return before the response an instruction, or 0 to go on to the response; while the response is
  *         read the number of bytes placed in @p buffer (1 to 16384), 0 when none are ready yet, -1
- * at the end of the response; below -1 a failure.
+ *         at the end of the response; below -1 a failure.
  */
 MVCPP_API int MvServerProxy_Receive(char* buffer);
 

@@ -65,7 +65,7 @@ public:
         LevelDebug = 4
     };
 
-    /** The one instance; the first call creates it and reads the level. */
+    /** The one instance, null without memory; the first call creates it and reads the level. */
     static MvServerCppBindingLogger* getInstance();
 
     /** Writes a line at the function's level when the current level admits it. @{ */
