@@ -119,8 +119,7 @@ TEST_F(GzipStream, OneRefillGivesAtMostABlock) {
     EXPECT_EQ(proxy.calls(), (Calls{receive()})) << "the input of the first block is still there";
 }
 
-// --- by design: the end of the gzip data is the end of the body
-// ---------------------------------------
+// --- by design: the end of the gzip data is the end of the body ----------------------------------
 
 TEST_F(GzipStream, BytesAfterTheGzipDataAreReadAndDropped) {
     proxy.answers({block(gzip("The answer") + "rubbish"), block("more"), nothing(2), end()});
@@ -162,8 +161,7 @@ TEST_F(GzipStream, ReadsAfterTheEndAskAgain) {
     EXPECT_EQ(proxy.calls(), (Calls{receive(4)}));
 }
 
-// --- data that cannot be inflated
-// ---------------------------------------------------------------------
+// --- data that cannot be inflated ----------------------------------------------------------------
 
 TEST_F(GzipStream, OtherWrappersAreReportedAfterTheRestWasRead) {
     for (const std::string& bytes :

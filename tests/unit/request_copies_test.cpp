@@ -10,12 +10,13 @@ namespace {
 class RequestCopies : public RequestTest {
 protected:
     static void expectWithoutExchange(MvServerRequest& request) {
-        for (const Failure& came :
-             {failureOf([&] { request.send(); }), failureOf([&] { request.execute(); }),
-              failureOf([&] { request.waitForMspInstruction(); })}) {
-            EXPECT_EQ(came.type, typeid(MSPRuntimeException));
-            EXPECT_EQ(came.code, -1);
-        }
+        const Failure expected = failure<MSPRuntimeException>(
+            -1,
+            "This MvServerRequest has no exchange any more: it was handed over to a response or to "
+            "a copy. Use a new MvServerRequest.");
+        EXPECT_EQ(failureOf([&] { request.send(); }), expected);
+        EXPECT_EQ(failureOf([&] { request.execute(); }), expected);
+        EXPECT_EQ(failureOf([&] { request.waitForMspInstruction(); }), expected);
     }
 };
 

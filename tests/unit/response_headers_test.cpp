@@ -140,8 +140,7 @@ TEST_F(ResponseHeaders, LongLinesAndManyLinesAreReadWhole) {
     EXPECT_EQ(request.getResponseCode(), std::string(50000, 'v'));
 }
 
-// --- by design: only a line feed is looked for
-// ------------------------------------------------------
+// --- by design: only a line feed is looked for ---------------------------------------------------
 
 TEST_F(ResponseHeaders, HeaderBlockWithoutEndKeepsAsking) {
     proxy.answers(
@@ -184,8 +183,7 @@ TEST_F(ResponseHeaders, ResultBetweenTheLinesBeginsALine) {
     EXPECT_EQ(body, "body");
 }
 
-// --- results that do not fit
-// ----------------------------------------------------------------------
+// --- results that do not fit ---------------------------------------------------------------------
 
 TEST_F(ResponseHeaders, ResultAboveABlockIsALocalFailure) {
     proxy.answers({block(kCode + "=a"), instruction(16385)});

@@ -29,6 +29,16 @@ const std::string kWithIdS = "SessionID=S\r\n\r\nx";
 
 }  // namespace
 
+TEST_F(Session, RequestWithoutASessionIsALocalFailureAndSendsNothing) {
+    const Failure expected =
+        failure<MSPRuntimeException>(-1, "This MvServerRequest was created without an MSPSession.");
+    MvServerRequest request(nullptr);
+    request.setBody("x");
+    EXPECT_EQ(failureOf([&] { request.send(); }), expected);
+    EXPECT_EQ(failureOf([&] { request.shutdownServer(); }), expected);
+    EXPECT_EQ(proxy.calls(), Calls{});
+}
+
 TEST_F(Session, FreshSessionSendsNoId) {
     EXPECT_EQ(exchange(session, ""), kWithoutId);
 }

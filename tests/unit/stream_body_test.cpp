@@ -120,8 +120,7 @@ TEST_F(StreamBody, EachChunkIsCutAtItsFirstZeroByte) {
                                     sendNoAck("xxx"), sendEof(), receive(3), complete()}));
 }
 
-// --- streams of the application that fail
-// ---------------------------------------------------------
+// --- streams of the application that fail --------------------------------------------------------
 
 TEST_F(StreamBody, StreamThatFailsEndsTheBodySilently) {
     std::istringstream failed("unread");
@@ -144,8 +143,7 @@ TEST_F(StreamBody, ExceptionOfTheStreamPassesUnchanged) {
     EXPECT_EQ(proxy.calls(), (Calls{sendNoAck("\r\n"), sendEof(), receive(), complete()}));
 }
 
-// --- instructions
-// -----------------------------------------------------------------------------------
+// --- instructions --------------------------------------------------------------------------------
 
 TEST_F(StreamBody, InstructionZeroGoesOnToTheResponse) {
     proxy.answers({nothing(), block("\nbody"), end()});
@@ -212,8 +210,7 @@ TEST_F(StreamBody, ChallengeMayComeAfterTheBody) {
                      receive(2), sendNoAck(kAnswer), receive(3), complete()}));
 }
 
-// --- results of the proxy
-// ---------------------------------------------------------------------------
+// --- results of the proxy ------------------------------------------------------------------------
 
 TEST_F(StreamBody, ResultZeroForAChunkEndsTheBodyAndTheExchangeGoesOn) {
     proxy.answers({gives(Function::SendNoAck, 1), gives(Function::SendNoAck, 0)});
@@ -281,8 +278,7 @@ TEST_F(StreamBody, NegativeInstructionAfterTheBodyIsRaisedByTheLoop) {
     EXPECT_NE(raised, std::string::npos);
 }
 
-// --- sendBody by itself
-// -------------------------------------------------------------------------------
+// --- sendBody by itself --------------------------------------------------------------------------
 
 TEST_F(StreamBody, SendBodyReturnsTheNextInstructionUnchanged) {
     for (const int code : {16, 17, 18, 0, -1, -1001, 255}) {
@@ -296,8 +292,8 @@ TEST_F(StreamBody, SendBodyReturnsTheNextInstructionUnchanged) {
 
 TEST_F(StreamBody, SendBodyWithoutAStreamIsALocalFailure) {
     MvServerRequest request(&session);
-    const Failure came = failureOf([&] { request.sendBody(); });
-    EXPECT_EQ(came.type, typeid(MSPRuntimeException));
-    EXPECT_EQ(came.code, -1);
+    EXPECT_EQ(
+        failureOf([&] { request.sendBody(); }),
+        failure<MSPRuntimeException>(-1, "MvServerRequest::sendBody: no body stream is set."));
     EXPECT_EQ(proxy.calls(), Calls{});
 }

@@ -97,8 +97,7 @@ TEST_F(TextConversion, ConvertersAreClosedWhenAConversionFails) {
     EXPECT_EQ(IcuInterposer::counts.closed, 2);
 }
 
-// --- converters that cannot be opened
-// ---------------------------------------------------------------
+// --- converters that cannot be opened ------------------------------------------------------------
 
 // In children, as the memory of a conversion that could not start is lost for good.
 

@@ -97,8 +97,7 @@ TEST_F(TextConversion, ThreadsConvertAtTheSameTime) {
     EXPECT_EQ(other, text);
 }
 
-// --- by design: output is taken chunk by chunk, up to a zero byte
-// -------------------------------------
+// --- by design: output is taken chunk by chunk, up to a zero byte --------------------------------
 
 TEST_F(TextConversion, NulCutsItsChunkOnly) {
     const std::string zero(1, '\0');
@@ -119,8 +118,7 @@ TEST_F(TextConversion, ChunkOfOutputEndsWhereItsBufferIsFull) {
               "b");
 }
 
-// --- other code pages
-// -------------------------------------------------------------------------------
+// --- other code pages ----------------------------------------------------------------------------
 
 TEST_F(TextConversion, OneByteThatNeedsTwoTakesTwoPasses) {
     icu.localCodePage = "ISO-8859-1";
