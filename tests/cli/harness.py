@@ -7,6 +7,7 @@ import pathlib
 import re
 import select
 import shutil
+import signal
 import socket
 import subprocess
 import tempfile
@@ -124,7 +125,10 @@ def read_body(connection, head):
     remaining = int(length.group(1)) if length else 0
     body = b""
     while len(body) < remaining:
-        body += connection.recv(remaining - len(body))
+        more = connection.recv(remaining - len(body))
+        if not more:
+            raise ConnectionError("the body ended early")
+        body += more
     return body
 
 
@@ -260,3 +264,10 @@ class OnTerminal:
 
 def take_terminal(slave):
     fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
+    default_signals()
+
+
+def default_signals():
+    """Before a program starts: tests that run in the background hand on an ignored SIGINT."""
+    for number in (signal.SIGHUP, signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, signal.SIG_DFL)

@@ -1,6 +1,7 @@
 """-o: a file is there whole or not at all."""
 
 import os
+import resource
 import unittest
 
 from harness import CommandLineTest, fixed_answer
@@ -57,6 +58,16 @@ class OutputFiles(CommandLineTest):
     def test_a_full_disk_is_a_local_failure(self):
         text = self.fail_with(9, "send", "--url", self.server.url, "-d", "x", "-o", "/dev/full")
         self.assertIn("cannot write /dev/full: No space left on device", text)
+
+    def test_a_file_that_may_not_grow_is_a_local_failure_and_leaves_the_old_one(self):
+        out = self.file("out", "old")
+        server = self.start_server(fixed_answer(["HTTP/1.1 200 OK"], b"x" * 20000))
+        text = self.fail_with(
+            9, "send", "--url", server.url, "-d", "x", "-o", "out",
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (10000, 10000)))
+        self.assertIn("cannot write out: File too large", text.replace(f"{self.folder}/", ""))
+        self.assertEqual("old", out.read_text())
+        self.assertEqual(["out", "tmp"], sorted(p.name for p in self.folder.iterdir()))
 
 
 if __name__ == "__main__":

@@ -2,6 +2,7 @@
 
 import base64
 import pathlib
+import resource
 import shutil
 import struct
 import subprocess
@@ -89,6 +90,23 @@ class SignVerify(CommandLineTest):
         self.assertIn("empty cannot be signed: it has 0 bytes", text)
         self.assertFalse((self.folder / "one.txt.p7s").exists())
 
+    def test_two_files_whose_signatures_would_have_one_name_are_refused(self):
+        for folder in ("a", "b"):
+            (self.folder / folder).mkdir()
+            self.file(f"{folder}/same", folder)
+        text = self.fail_with(2, "--hub", self.hub.url, "sign", "a/same", "b/same",
+                              "--output-dir", ".")
+        self.assertIn("two signatures would get the name ./same.p7s", text)
+        self.fail_with(2, "--hub", self.hub.url, "sign", "a/same", "b/../a/same")
+
+    def test_more_files_than_a_process_may_open(self):
+        names = [f"{number}.txt" for number in range(100)]
+        for name in names:
+            self.file(name, name)
+        few = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (50, 50))
+        done = self.succeed("--hub", self.hub.url, "sign", *names, preexec_fn=few)
+        self.assertEqual([f"{name}.p7s" for name in names], done.stdout.decode().split())
+
     def test_an_authority_file_without_certificates_is_a_local_failure(self):
         self.assertIn("holds no certificates",
                       self.fail_with(9, "verify", "--ca", "one.txt", "two.bin"))
@@ -115,6 +133,16 @@ class BadSigningServer(CommandLineTest):
         text = self.fail_with(4, "--hub", url, "sign", "one.txt")
         self.assertIn("the server sent no signature for one.txt", text)
         self.assertFalse((self.folder / "one.txt.p7s").exists())
+
+    def test_another_number_of_signatures_than_of_files_writes_nothing(self):
+        entry = struct.pack(">?I", True, 3) + b"\x30ab"
+        for count in (0, 1, 3):
+            with self.subTest(count=count):
+                url = self.answering(struct.pack(">I", count) + count * entry)
+                self.file("two.txt", "y")
+                text = self.fail_with(4, "--hub", url, "sign", "one.txt", "two.txt")
+                self.assertIn(f"the server answered 2 files with {count} signatures", text)
+                self.assertEqual([], list(self.folder.glob("*.p7s*")))
 
     def test_no_entry_at_all_one_by_one(self):
         url = self.answering(struct.pack(">I", 0))

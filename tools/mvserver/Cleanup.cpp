@@ -3,23 +3,13 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <climits>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
 
-// Everything that the signal handler touches is static memory without constructors.
-constexpr int kSlots = 64;
+// The list that the signal handler walks: each step of a change leaves it whole.
+std::atomic<RemovedOnSignal*> s_first{nullptr};
+static_assert(std::atomic<RemovedOnSignal*>::is_always_lock_free);
 
-struct Slot {
-    volatile std::sig_atomic_t used;
-    char path[PATH_MAX];
-};
-
-Slot s_slots[kSlots];
 volatile std::sig_atomic_t s_json = 0;
 volatile std::sig_atomic_t s_terminal = -1;
 termios s_settings;
@@ -30,9 +20,9 @@ constexpr char kJson[] =
     "\"ok\":false}\n";
 
 void cleanUp() {
-    for (Slot& slot : s_slots) {
-        if (slot.used && ::unlink(slot.path) != 0) {
-            ::rmdir(slot.path);
+    for (const RemovedOnSignal* at = s_first; at != nullptr; at = at->next()) {
+        if (::unlink(at->path()) != 0) {
+            ::rmdir(at->path());
         }
     }
     if (s_terminal >= 0) {
@@ -58,12 +48,21 @@ void handle(int number, void (*handler)(int)) {
     ::sigaction(number, &action, nullptr);
 }
 
+bool isIgnored(int number) {
+    struct sigaction action {};
+    return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 }  // namespace
 
 void installSignalHandlers() {
-    handle(SIGINT, endOnSignal);
-    handle(SIGTERM, endOnSignal);
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        if (!isIgnored(number)) {
+            handle(number, endOnSignal);
+        }
+    }
     handle(SIGPIPE, SIG_IGN);
+    handle(SIGXFSZ, SIG_IGN);
 }
 
 void reportInterruptsAsJson() {
@@ -77,21 +76,26 @@ void endByBrokenPipe() {
     ::_exit(128 + SIGPIPE);
 }
 
-RemovedOnSignal::RemovedOnSignal(const std::string& path) : m_slot(-1) {
-    for (int i = 0; i < kSlots && path.size() < PATH_MAX; ++i) {
-        if (!s_slots[i].used) {
-            std::memcpy(s_slots[i].path, path.c_str(), path.size() + 1);
-            s_slots[i].used = 1;
-            m_slot = i;
-            return;
-        }
-    }
+SignalsHeld::SignalsHeld() {
+    sigset_t all;
+    sigfillset(&all);
+    ::sigprocmask(SIG_BLOCK, &all, &m_before);
+}
+
+SignalsHeld::~SignalsHeld() {
+    ::sigprocmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+RemovedOnSignal::RemovedOnSignal(const std::string& path) : m_path(path), m_next(s_first.load()) {
+    s_first = this;
 }
 
 RemovedOnSignal::~RemovedOnSignal() {
-    if (m_slot >= 0) {
-        s_slots[m_slot].used = 0;
+    std::atomic<RemovedOnSignal*>* link = &s_first;
+    while (*link != this) {
+        link = &link->load()->m_next;
     }
+    link->store(m_next);
 }
 
 void restoreOnSignal(int terminal, const termios& settings) {

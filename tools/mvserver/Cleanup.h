@@ -1,24 +1,38 @@
 // What has to go when the program ends early: files not yet renamed, an empty log folder, a
-// terminal without echo. Ordinary ends go through destructors; SIGINT and SIGTERM come here.
+// terminal without echo. Ordinary ends go through destructors; signals come here.
 #pragma once
 
+#include <atomic>
+#include <csignal>
 #include <string>
 
 struct termios;
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
-// SIGINT ends the program with exit code 130 and SIGTERM with 143, after the cleanup. `json`
-// selects what is said about it. SIGPIPE is ignored, so that a reader who left shows as a failed
-// write.
+// SIGHUP, SIGINT and SIGTERM end the program with exit codes 129, 130 and 143 after the cleanup,
+// unless whoever started it has them ignored. SIGPIPE and SIGXFSZ are ignored, so that a reader who
+// left and a file that may not grow show as a failed write.
 void installSignalHandlers();
+// What is said about SIGINT.
 void reportInterruptsAsJson();
 
 // Ends the program as SIGPIPE would have, quietly. Destructors do not run.
 [[noreturn]] void endByBrokenPipe();
 
-// Registers a path for removal; a folder is removed when it is empty. At most 64 at a time: with
-// more the path is not registered.
+// Keeps signals waiting for its lifetime: from making a file until it is registered.
+class SignalsHeld {
+public:
+    SignalsHeld();
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+    ~SignalsHeld();
+
+private:
+    sigset_t m_before{};
+};
+
+// Registers a path for removal; a folder is removed when it is empty.
 class RemovedOnSignal {
 public:
     explicit RemovedOnSignal(const std::string& path);
@@ -26,8 +40,12 @@ public:
     RemovedOnSignal& operator=(const RemovedOnSignal&) = delete;
     ~RemovedOnSignal();
 
+    const char* path() const { return m_path.c_str(); }
+    const RemovedOnSignal* next() const { return m_next; }
+
 private:
-    int m_slot;
+    const std::string m_path;
+    std::atomic<RemovedOnSignal*> m_next;
 };
 
 // Terminal settings that a signal puts back.

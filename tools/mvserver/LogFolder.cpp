@@ -33,6 +33,7 @@ void checkFolder(const std::string& path) {
 
 LogFolder::LogFolder(const std::string& chosen) {
     if (chosen.empty()) {
+        const SignalsHeld untilRegistered;
         m_ownFolder = makeFolder();
         m_registration = std::make_unique<RemovedOnSignal>(m_ownFolder);
     } else {

@@ -50,6 +50,7 @@ class RenamedFile : public Output {
 public:
     RenamedFile(const std::string& path, unsigned mode)
         : m_path(resolved(path)), m_temporary(m_path + ".XXXXXX") {
+        const SignalsHeld untilRegistered;
         m_descriptor = ::mkostemp(m_temporary.data(), O_CLOEXEC);
         if (m_descriptor < 0) {
             throwFileFailure("cannot write", m_path);
@@ -69,8 +70,15 @@ public:
         writeAll(m_descriptor, m_path, bytes, count);
     }
 
+    void finish() override {
+        if (closeFile() != 0) {
+            throwFileFailure("cannot write", m_path);
+        }
+    }
+
     void commit() override {
-        if (closeFile() != 0 || ::rename(m_temporary.c_str(), m_path.c_str()) != 0) {
+        finish();
+        if (::rename(m_temporary.c_str(), m_path.c_str()) != 0) {
             throwFileFailure("cannot write", m_path);
         }
         m_committed = true;

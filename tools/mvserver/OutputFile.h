@@ -17,6 +17,8 @@ public:
     virtual ~Output() = default;
 
     virtual void write(const char* bytes, std::size_t count) = 0;
+    // All is written; gives the descriptor back before commit().
+    virtual void finish() {}
     // Keeps what was written. Without it a file is not there afterwards.
     virtual void commit() {}
 };

@@ -11,6 +11,7 @@
 
 #include <climits>
 #include <filesystem>
+#include <set>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
@@ -36,6 +37,13 @@ std::string readItem(const std::string& path) {
     return item;
 }
 
+// The library takes the server to answer with one signature for each item and does not tell how
+// many there are. The array knows: the platform's C++ ABI keeps the number of elements in front of
+// an array whose elements have destructors, for delete[] to go by.
+__attribute__((no_sanitize("address"))) std::size_t elementsOf(const std::string* array) {
+    return reinterpret_cast<const std::size_t*>(array)[-1];
+}
+
 std::vector<std::string> signBatch(const std::vector<std::string>& items) {
     std::vector<const char*> data;
     std::vector<int> sizes;
@@ -45,7 +53,13 @@ std::vector<std::string> signBatch(const std::vector<std::string>& items) {
     }
     const std::unique_ptr<std::string[]> signatures(
         PKCS7().sign(data.data(), static_cast<unsigned>(data.size()), sizes.data()));
-    return {signatures.get(), signatures.get() + items.size()};
+    const std::size_t count = elementsOf(signatures.get());
+    if (count != items.size()) {
+        throw Failure(ExitCode::Protocol, "the server answered " + std::to_string(items.size()) +
+                                              " files with " + std::to_string(count) +
+                                              " signatures");
+    }
+    return {signatures.get(), signatures.get() + count};
 }
 
 std::vector<std::string> signEach(const std::vector<std::string>& items) {
@@ -61,8 +75,24 @@ std::string signaturePath(const std::string& file, const std::string& folder) {
     return (folder.empty() ? path : folder / path.filename()).string() + ".p7s";
 }
 
+// The paths of the signatures, in the order of the files.
+std::vector<std::string> signaturePaths(const SignOptions& options) {
+    std::vector<std::string> paths;
+    std::set<std::string> seen;
+    for (const std::string& file : options.files) {
+        paths.push_back(signaturePath(file, options.outputFolder));
+        if (!seen.insert(std::filesystem::path(paths.back()).lexically_normal()).second) {
+            throw Failure(ExitCode::Usage,
+                          "two signatures would get the name " + escaped(paths.back()),
+                          "sign files of one name in calls of their own, with other --output-dir");
+        }
+    }
+    return paths;
+}
+
 // All signatures are written before the first one gets its name.
-nlohmann::json write(const SignOptions& options, const std::vector<std::string>& signatures) {
+nlohmann::json write(const SignOptions& options, const std::vector<std::string>& paths,
+                     const std::vector<std::string>& signatures) {
     std::vector<std::unique_ptr<Output>> files;
     nlohmann::json list = nlohmann::json::array();
     for (std::size_t i = 0; i < signatures.size(); ++i) {
@@ -71,11 +101,11 @@ nlohmann::json write(const SignOptions& options, const std::vector<std::string>&
             throw Failure(ExitCode::Protocol,
                           "the server sent no signature for " + options.files[i]);
         }
-        const std::string path = signaturePath(options.files[i], options.outputFolder);
-        files.push_back(openOutputFile(path));
+        files.push_back(openOutputFile(paths[i]));
         files.back()->write(signature.data(), signature.size());
+        files.back()->finish();
         list.push_back(
-            {{"file", options.files[i]}, {"signature", path}, {"bytes", signature.size()}});
+            {{"file", options.files[i]}, {"signature", paths[i]}, {"bytes", signature.size()}});
     }
     for (const std::unique_ptr<Output>& file : files) {
         file->commit();
@@ -84,13 +114,14 @@ nlohmann::json write(const SignOptions& options, const std::vector<std::string>&
 }
 
 nlohmann::json sign(const SignOptions& options, const Context& context) {
+    const std::vector<std::string> paths = signaturePaths(options);
     std::vector<std::string> items;
     for (const std::string& file : options.files) {
         items.push_back(readItem(file));
     }
     trace(context, 1, "> " + std::to_string(items.size()) + " files to sign");
     const nlohmann::json list =
-        write(options, options.oneByOne ? signEach(items) : signBatch(items));
+        write(options, paths, options.oneByOne ? signEach(items) : signBatch(items));
     if (!context.json) {
         const std::unique_ptr<Output> output = standardOutput();
         for (const nlohmann::json& entry : list) {
@@ -111,8 +142,7 @@ void addSign(Verb program, Context& context) {
     verb.arguments("files", options->files, "FILE", "Files to sign, all in one exchange");
     verb.text("--output-dir", options->outputFolder, "DIR", "Folder for the signatures");
     verb.flag("--one-by-one", options->oneByOne,
-              "One exchange for each file: slower, and safe with a server that may answer with "
-              "fewer signatures than it was sent files");
+              "One exchange for each file: slower, for a server that does not sign batches");
     verb.whenChosen([options, &context] {
         context.action = [options, &context] { return sign(*options, context); };
     });

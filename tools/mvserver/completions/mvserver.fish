@@ -107,7 +107,7 @@ complete -c mvserver -n '__mvserver_at env url' -l log-dir -r -d 'Folder for the
 complete -c mvserver -n '__mvserver_at env url' -l log-level -r -d 'Level of the library\'s log (WARN)'
 complete -c mvserver -n '__mvserver_at sign' -l help -s h -r -d 'Print this help message and exit'
 complete -c mvserver -n '__mvserver_at sign' -l output-dir -r -d 'Folder for the signatures'
-complete -c mvserver -n '__mvserver_at sign' -l one-by-one -r -d 'One exchange for each file: slower, and safe with a server that may answer with fewer signatures than it was sent files'
+complete -c mvserver -n '__mvserver_at sign' -l one-by-one -r -d 'One exchange for each file: slower, for a server that does not sign batches'
 complete -c mvserver -n '__mvserver_at sign' -l json -r -d 'Print one JSON object, for results and for errors'
 complete -c mvserver -n '__mvserver_at sign' -l verbose -s v -r -d 'Show the exchange on standard error, secrets left out; twice shows more'
 complete -c mvserver -n '__mvserver_at sign' -l progress -l no-progress -r -d 'Show a progress meter on standard error (default: on a terminal, unless the data goes there, too)'
