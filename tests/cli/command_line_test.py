@@ -1,10 +1,11 @@
 """Options: their variables, their help, where they may stand."""
 
 import re
+import shlex
 import subprocess
 import unittest
 
-from harness import PROGRAM, CommandLineTest, closed_port, fixed_answer
+from harness import LIMIT, PROGRAM, CommandLineTest, closed_port, fixed_answer
 
 VERBS = (["send"], ["env", "list"], ["env", "show"], ["env", "url"], ["sign"], ["verify"],
          ["shutdown"], ["doctor"], ["completion"], ["version"])
@@ -88,6 +89,49 @@ class Places(CommandLineTest):
 
     def test_the_version_flag_and_verb_agree(self):
         self.assertEqual(self.succeed("--version").stdout, self.succeed("version").stdout)
+
+
+class Mistakes(CommandLineTest):
+    def test_a_word_that_is_no_verb_or_option_is_named(self):
+        for arguments, word in ((["fly"], "fly"), (["sedn", "-d", "x"], "sedn"),
+                                (["env", "fly"], "fly"), (["send", "--fly"], "--fly"),
+                                (["send", "-d", "x", "--fly"], "--fly")):
+            with self.subTest(arguments=arguments):
+                self.assertIn(word, self.fail_with(2, *arguments).splitlines()[0])
+
+    def test_a_body_file_without_a_name(self):
+        self.assertIn('the body "@" names no file', self.fail_with(2, "send", "-d", "@"))
+
+
+class StandardOutput(CommandLineTest):
+    def run_with(self, redirection, *arguments):
+        words = shlex.join([PROGRAM, *map(str, arguments)])
+        return subprocess.run(["sh", "-c", f"exec {words} {redirection}"], capture_output=True,
+                              env=self.environment(), cwd=self.folder, timeout=LIMIT)
+
+    def test_a_full_disk_is_a_local_failure_whatever_is_printed(self):
+        for arguments in (["version"], ["version", "--json"], ["--help"], ["--version"],
+                          ["completion", "bash"]):
+            with self.subTest(arguments=arguments):
+                done = self.run_with("> /dev/full", *arguments)
+                self.assertEqual((9, b"mvserver: file: cannot write standard output: "
+                                     b"No space left on device\n"), (done.returncode, done.stderr))
+
+    def test_an_error_that_cannot_be_printed_as_json_is_printed_as_text(self):
+        done = self.run_with("> /dev/full", "--json", "fly")
+        self.assertEqual(2, done.returncode)
+        self.assertTrue(done.stderr.startswith(b"mvserver: usage: "), done.stderr)
+
+    def test_a_closed_stream_is_a_local_failure_and_no_socket_takes_its_place(self):
+        server = self.start_server(fixed_answer(["HTTP/1.1 200 OK"], b"fine"))
+        done = self.run_with(">&-", "send", "--url", server.url, "-d", "x")
+        self.assertEqual((9, b"mvserver: file: cannot write standard output: "
+                             b"Bad file descriptor\n"), (done.returncode, done.stderr))
+        done = self.run_with("<&-", "send", "--url", server.url, "-d", "-")
+        self.assertEqual((9, b"mvserver: file: cannot read standard input: "
+                             b"Bad file descriptor\n"), (done.returncode, done.stderr))
+        done = self.run_with("<&- >&- 2>&-", "send", "--url", server.url, "-d", "x", "-o", "out")
+        self.assertEqual((0, "fine"), (done.returncode, (self.folder / "out").read_text()))
 
 
 class BrokenPipe(CommandLineTest):

@@ -24,6 +24,12 @@ class Json(CommandLineTest):
         self.assertNotIn("body", exchange)
         self.assertEqual(b"\xff\x00\xfe", base64.b64decode(exchange["bodyBase64"]))
 
+    def test_base64_of_a_long_body_is_in_one_piece(self):
+        body = bytes(range(256)) * 1000
+        server = self.start_server(fixed_answer(["HTTP/1.1 200 OK"], body))
+        _, result = self.json_of("send", "--url", server.url, "-d", "x")
+        self.assertEqual(base64.b64encode(body).decode(), result["exchanges"][0]["bodyBase64"])
+
     def test_with_an_output_file_its_name_stands_for_the_body(self):
         server = self.start_server(fixed_answer(["HTTP/1.1 200 OK"], b"fine"))
         _, result = self.json_of("send", "--url", server.url, "-d", "x", "-o", "out")

@@ -61,6 +61,9 @@ private:
 };
 
 std::shared_ptr<const int> openFile(const std::string& path) {
+    if (path.empty()) {
+        throw Failure(ExitCode::Usage, "the body \"@\" names no file", "write -d @FILE");
+    }
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) {
         throwFileFailure("cannot read", path);

@@ -2,6 +2,8 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
+
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
 
@@ -14,12 +16,18 @@ bool isUtf8(const std::string& text) {
     }
 }
 
+// Piece by piece, since OpenSSL counts with int. A multiple of 3, so that only the end is padded.
+constexpr std::size_t kPiece = 3 << 14;
+
 std::string base64(const std::string& bytes) {
-    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
-    const int length = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                                       reinterpret_cast<const unsigned char*>(bytes.data()),
-                                       static_cast<int>(bytes.size()));
-    text.resize(static_cast<std::size_t>(length));
+    std::string text;
+    unsigned char encoded[kPiece / 3 * 4 + 1];
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece) {
+        const auto* piece = reinterpret_cast<const unsigned char*>(bytes.data() + at);
+        const std::size_t count = std::min(kPiece, bytes.size() - at);
+        const int length = EVP_EncodeBlock(encoded, piece, static_cast<int>(count));
+        text.append(reinterpret_cast<const char*>(encoded), static_cast<std::size_t>(length));
+    }
     return text;
 }
 

@@ -11,9 +11,12 @@
 #include <morvenn/net/mvserverproxy/util/MvServerCppBindingLogger.h>
 #include <CLI/CLI.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
-#include <iostream>
+#include <sstream>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 
@@ -34,6 +37,16 @@ void print(const std::string& text) {
     standardOutput()->write(text.data(), text.size());
 }
 
+// False when standard output does not take it.
+bool printed(const std::string& text) {
+    try {
+        print(text);
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 void report(const Failure& failure, const Context& context) {
     const bool logged = context.log != nullptr && context.log->written();
     if (context.json) {
@@ -46,8 +59,9 @@ void report(const Failure& failure, const Context& context) {
         if (logged) {
             error["log"] = context.log->file();
         }
-        print(jsonLine({{"ok", false}, {"error", error}}));
-        return;
+        if (printed(jsonLine({{"ok", false}, {"error", error}}))) {
+            return;
+        }
     }
     note(inRed("mvserver: ") + wordOf(failure.code()) + ": " + escaped(failure.message()));
     if (!failure.hint().empty()) {
@@ -107,7 +121,41 @@ int usageFailure(const std::string& message, const Context& context) {
     return static_cast<int>(ExitCode::Usage);
 }
 
+int help(const CLI::App& app, const CLI::Success& asked, const Context& context) {
+    std::ostringstream text;
+    app.exit(asked, text, text);
+    try {
+        print(text.str());
+        return static_cast<int>(ExitCode::Ok);
+    } catch (const Failure& failure) {
+        report(failure, context);
+        return static_cast<int>(failure.code());
+    }
+}
+
+// The parser misses what is required before it looks at the words that it does not know.
+std::string usageMessage(const CLI::App& app, const CLI::ParseError& failure) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool hidden = dynamic_cast<const CLI::RequiredError*>(&failure) != nullptr;
+    std::string message = failure.what();
+    if (hidden && !unknown.empty()) {
+        message += ", and \"" + unknown.front() + "\" is not known";
+    }
+    return message;
+}
+
+// What the program opens must not take the number of a standard stream that was closed: what is
+// meant for the stream would go there. The stand-ins fail where the closed stream would have.
+void occupyStandardDescriptors() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(number, F_GETFD) < 0) {
+            ::open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 int run(int argc, char** argv) {
+    occupyStandardDescriptors();
     installSignalHandlers();
     Context context;
     ProxySettings settings;
@@ -128,10 +176,10 @@ int run(int argc, char** argv) {
     }
     try {
         app.parse(argc, argv);
-    } catch (const CLI::Success& help) {
-        return app.exit(help);
+    } catch (const CLI::Success& asked) {
+        return help(app, asked, context);
     } catch (const CLI::ParseError& e) {
-        return usageFailure(e.what(), context);
+        return usageFailure(usageMessage(app, e), context);
     } catch (const Failure& e) {
         report(e, context);
         return static_cast<int>(e.code());
