@@ -99,6 +99,24 @@ class Mistakes(CommandLineTest):
             with self.subTest(arguments=arguments):
                 self.assertIn(word, self.fail_with(2, *arguments).splitlines()[0])
 
+    def test_an_option_without_its_text_is_refused(self):
+        for option in ("--url", "--env", "--session", "--output", "--hub", "--password-file"):
+            with self.subTest(option=option):
+                self.assertIn(f"{option}: it is given without a text",
+                              self.fail_with(2, "send", "-d", "x", option, ""))
+
+    def test_a_variable_without_a_text_counts_as_not_set(self):
+        server = self.start_server(fixed_answer(["HTTP/1.1 200 OK"], b"fine"))
+        self.succeed("send", "--url", server.url, "-d", "x",
+                     env={name: "" for name in ("MV_ENV", "MV_SESSION", "MV_OUTPUT", "MV_JSON",
+                                                "MV_PROGRESS", "MV_TIMEOUT", "MV_VERBOSE")})
+
+    def test_a_flags_variable_is_true_or_false(self):
+        for name in ("MV_JSON", "MV_PROGRESS", "MV_VERBOSE"):
+            with self.subTest(name=name):
+                self.fail_with(2, "version", env={name: "maybe"})
+                self.succeed("version", env={name: "false"})
+
     def test_a_body_file_without_a_name(self):
         self.assertIn('the body "@" names no file', self.fail_with(2, "send", "-d", "@"))
 

@@ -4,6 +4,7 @@
 
 #include <cctype>
 #include <cstdint>
+#include <stdexcept>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
 namespace {
@@ -12,6 +13,16 @@ template <class T>
 CLI::Option& added(CLI::App& app, const std::string& names, T& value, const std::string& type,
                    const std::string& help) {
     return *app.add_option(names, value, help)->type_name(type)->envname(variableOf(names));
+}
+
+// The parser would pass on what its conversion throws.
+std::string whatIsWrongWithFlag(const std::string& value) {
+    try {
+        CLI::detail::to_flag_value(value);
+        return "";
+    } catch (const std::invalid_argument&) {
+        return "\"" + value + "\" is neither true nor false";
+    }
 }
 
 }  // namespace
@@ -46,6 +57,13 @@ Option& Option::group(const std::string& title) {
     return *this;
 }
 
+Option& Option::notEmpty() {
+    m_option->check([](const std::string& text) {
+        return std::string(text.empty() ? "it is given without a text" : "");
+    });
+    return *this;
+}
+
 Option& Option::between(double least, double most) {
     CLI::Range range(least, most);
     m_option->check(range.description(""));
@@ -71,7 +89,9 @@ Option Verb::flag(const std::string& names, bool& value, const std::string& help
 
 Option Verb::flag(const std::string& names, std::optional<bool>& value, const std::string& help) {
     const auto set = [&value](std::int64_t count) { value = count > 0; };
-    return Option(*m_app->add_flag_function(names, set, help)->envname(variableOf(names)));
+    return Option(*m_app->add_flag_function(names, set, help)
+                       ->envname(variableOf(names))
+                       ->check(whatIsWrongWithFlag));
 }
 
 Option Verb::counter(const std::string& names, int& value, const std::string& help) {
@@ -80,7 +100,7 @@ Option Verb::counter(const std::string& names, int& value, const std::string& he
 
 Option Verb::text(const std::string& names, std::string& value, const std::string& type,
                   const std::string& help) {
-    return Option(added(*m_app, names, value, type, help));
+    return Option(added(*m_app, names, value, type, help)).notEmpty();
 }
 
 Option Verb::texts(const std::string& names, std::vector<std::string>& values,

@@ -29,6 +29,8 @@ public:
     // Another variable than the one that its name gives.
     Option& variable(const std::string& name);
     Option& group(const std::string& title);
+    // Refuses an empty text, such as a shell's variable that is not set.
+    Option& notEmpty();
     Option& between(double least, double most);
     Option& oneOf(std::initializer_list<const char*> values);
 
@@ -49,6 +51,7 @@ public:
     Option flag(const std::string& names, bool& value, const std::string& help);
     Option flag(const std::string& names, std::optional<bool>& value, const std::string& help);
     Option counter(const std::string& names, int& value, const std::string& help);
+    // Not empty when it is given.
     Option text(const std::string& names, std::string& value, const std::string& type,
                 const std::string& help);
     // May be repeated.

@@ -253,7 +253,8 @@ void addSend(Verb program, Context& context) {
                "in one session")
         .required();
     verb.texts("-o,--output", options->outputs, "FILE",
-               "File for the response's body, there only when it is complete; one for each -d");
+               "File for the response's body, there only when it is complete; one for each -d")
+        .notEmpty();
     const Option stream =
         verb.flag("--stream", options->stream, "Send the body piece by piece (default)");
     verb.flag("--text", options->text, "Send the body in one piece").excludes(stream);
