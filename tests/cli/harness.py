@@ -48,9 +48,9 @@ def clean_environment(folder, **more):
 class Hub:
     """A hub on a free port. It makes its keys at first use, in `state`."""
 
-    def __init__(self, folder, *options, state=None):
+    def __init__(self, folder, *options, state=None, environments=ENVIRONMENTS):
         directory = folder / "environments.txt"
-        directory.write_text(ENVIRONMENTS, encoding="utf-8")
+        directory.write_text(environments, encoding="utf-8")
         self.state = state or folder / "hub-state"
         self.process = subprocess.Popen(
             [HUB, "--port", "0", "--environments", str(directory), "--state-dir", str(self.state),
