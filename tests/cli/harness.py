@@ -211,10 +211,15 @@ class CommandLineTest(unittest.TestCase):
         return sorted(path.name for path in self.temporary.iterdir())
 
 
+HELD_PORTS = []
+
+
 def closed_port():
-    """The URL of a port where nobody listens."""
-    with socket.create_server(("127.0.0.1", 0)) as server:
-        return f"http://127.0.0.1:{server.getsockname()[1]}"
+    """The URL of a port where nobody listens, nor starts to: it stays taken while the tests run."""
+    holder = socket.socket()
+    holder.bind(("127.0.0.1", 0))
+    HELD_PORTS.append(holder)
+    return f"http://127.0.0.1:{holder.getsockname()[1]}"
 
 
 class OnTerminal:
