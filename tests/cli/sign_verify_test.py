@@ -100,10 +100,10 @@ class SignVerify(CommandLineTest):
         self.fail_with(2, "--hub", self.hub.url, "sign", "a/same", "b/../a/same")
 
     def test_more_files_than_a_process_may_open(self):
-        names = [f"{number}.txt" for number in range(100)]
+        names = [f"{number}.txt" for number in range(40)]
         for name in names:
             self.file(name, name)
-        few = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (50, 50))
+        few = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (30, 30))
         done = self.succeed("--hub", self.hub.url, "sign", *names, preexec_fn=few)
         self.assertEqual([f"{name}.p7s" for name in names], done.stdout.decode().split())
 
