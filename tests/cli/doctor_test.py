@@ -1,5 +1,6 @@
 """mvserver doctor."""
 
+import re
 import unittest
 
 from harness import CommandLineTest, closed_port
@@ -21,8 +22,13 @@ class Doctor(CommandLineTest):
         _, checks = self.checks("--hub", closed_port())
         self.assertRegex(checks["library"]["value"], r"^/.*/libMvServerCppBinding\.so\.(\d.*), "
                                                      r"version \1$")
-        self.assertRegex(checks["proxy library"]["value"], r"^/.*/libMvServerBindingv16064\.so")
         self.assertRegex(checks["program"]["value"], r"^mvserver \d+\.\d+\.\d+, /.*/mvserver$")
+
+    def test_the_default_proxy_library_states_its_version(self):
+        _, checks = self.checks("--hub", closed_port())
+        version = checks["program"]["value"].split(",")[0].split()[1]
+        self.assertRegex(checks["proxy library"]["value"],
+                         r"^/.*/libMvServerBindingv16064\.so, version " + re.escape(version) + "$")
 
     def test_a_preloaded_proxy_library_is_the_one_that_is_named(self):
         other = self.shared_library("""

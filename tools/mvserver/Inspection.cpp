@@ -1,6 +1,7 @@
 #include "Inspection.h"
 
 #include "Redact.h"
+#include "VersionNote.h"
 
 #include <dlfcn.h>
 
@@ -53,7 +54,8 @@ LoadedFile fileThatDefines(const char* function) {
         return {};
     }
     const std::string path = resolved(info.dli_fname);
-    return {path, versionIn(path)};
+    const std::string version = versionIn(path);
+    return {path, version.empty() ? notedVersion(address) : version};
 }
 
 std::string ownPath() {

@@ -9,7 +9,7 @@ namespace Morvenn::Net::MvServerProxy::Tools {
 // The file of the process that defines a function.
 struct LoadedFile {
     std::string path;     // links followed; empty when nothing defines the function
-    std::string version;  // from the file's name, "x.so.1.2.3"; empty when it has none
+    std::string version;  // from the file's name, "x.so.1.2.3", else from its note; or empty
 
     bool found() const { return !path.empty(); }
     std::string shown() const;
