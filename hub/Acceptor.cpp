@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace Morvenn::Net::MvServerProxy::Hub {
@@ -14,8 +15,8 @@ constexpr std::chrono::milliseconds kPauseAfterFailure{50};
 
 }  // namespace
 
-Acceptor::Acceptor(int listenSocket, unsigned limit, Take take)
-    : m_socket(listenSocket),
+Acceptor::Acceptor(std::vector<int> listenSockets, unsigned limit, Take take)
+    : m_sockets(std::move(listenSockets)),
       m_stopEvent(::eventfd(0, EFD_CLOEXEC)),
       m_take(std::move(take)),
       m_free(limit) {}
@@ -40,7 +41,9 @@ void Acceptor::stop() {
     }
     ::eventfd_write(m_stopEvent, 1);
     m_thread.join();
-    ::close(m_socket);
+    for (const int socket : m_sockets) {
+        ::close(socket);
+    }
 }
 
 void Acceptor::release() {
@@ -50,11 +53,15 @@ void Acceptor::release() {
 }
 
 void Acceptor::run() {
-    while (awaitSlot() && awaitClient()) {
+    while (awaitSlot()) {
+        const auto listener = awaitClient();
+        if (!listener) {
+            return;
+        }
         sockaddr_storage peer = {};
         socklen_t length = sizeof(peer);
         auto* name = reinterpret_cast<sockaddr*>(&peer);
-        const int socket = ::accept4(m_socket, name, &length, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        const int socket = ::accept4(*listener, name, &length, SOCK_CLOEXEC | SOCK_NONBLOCK);
         if (socket < 0) {
             release();
             std::this_thread::sleep_for(kPauseAfterFailure);
@@ -76,11 +83,16 @@ bool Acceptor::awaitSlot() {
     return true;
 }
 
-bool Acceptor::awaitClient() const {
-    pollfd waited[] = {{m_socket, POLLIN, 0}, {m_stopEvent, POLLIN, 0}};
-    while (::poll(waited, 2, -1) < 0) {
+std::optional<int> Acceptor::awaitClient() const {
+    std::vector<pollfd> waited{{m_stopEvent, POLLIN, 0}};
+    for (const int socket : m_sockets) {
+        waited.push_back({socket, POLLIN, 0});
     }
-    return waited[1].revents == 0;
+    while (::poll(waited.data(), waited.size(), -1) < 0) {
+    }
+    const auto ready = std::find_if(waited.begin(), waited.end(),
+                                    [](const pollfd& one) { return one.revents != 0; });
+    return ready->fd == m_stopEvent ? std::nullopt : std::optional<int>(ready->fd);
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Hub

@@ -1,11 +1,13 @@
 // Accepts connections on a thread of its own, never more at once than the limit. Further clients
-// stay in the queue of the listening socket until a connection ends.
+// stay in the queue of their listening socket until a connection ends.
 #pragma once
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <vector>
 
 #include <sys/socket.h>
 
@@ -16,8 +18,8 @@ public:
     // Takes over an accepted socket. False: it was closed and nothing will be released for it.
     using Take = std::function<bool(int socket, const sockaddr* peer, socklen_t length)>;
 
-    // `listenSocket` belongs to the acceptor from now on.
-    Acceptor(int listenSocket, unsigned limit, Take take);
+    // The listening sockets belong to the acceptor from now on.
+    Acceptor(std::vector<int> listenSockets, unsigned limit, Take take);
 
     ~Acceptor();
 
@@ -26,7 +28,8 @@ public:
 
     void start();
 
-    // Accepts nothing more and closes the listening socket: clients still in the queue are refused.
+    // Accepts nothing more and closes the listening sockets: clients still in the queue are
+    // refused.
     void stop();
 
     // A connection has ended. Any thread, also after stop().
@@ -35,9 +38,10 @@ public:
 private:
     void run();
     bool awaitSlot();
-    bool awaitClient() const;
+    // The listening socket of a client that waits; nothing when the acceptor stops.
+    std::optional<int> awaitClient() const;
 
-    const int m_socket;
+    const std::vector<int> m_sockets;
     const int m_stopEvent;
     const Take m_take;
     std::mutex m_mutex;

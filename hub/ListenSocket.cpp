@@ -82,6 +82,22 @@ int openListenSocket(const std::string& address, std::uint16_t port) {
     return socket;
 }
 
+std::vector<int> openListenSockets(const std::vector<std::string>& addresses, std::uint16_t port) {
+    std::vector<int> sockets;
+    try {
+        for (const std::string& address : addresses) {
+            sockets.push_back(openListenSocket(address, port));
+            port = boundPort(sockets.front());
+        }
+    } catch (...) {
+        for (const int socket : sockets) {
+            ::close(socket);
+        }
+        throw;
+    }
+    return sockets;
+}
+
 std::uint16_t boundPort(int socket) {
     sockaddr_storage storage = {};
     socklen_t length = sizeof(storage);

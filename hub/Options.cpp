@@ -21,9 +21,11 @@ void declareOptions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "mvhub " MVHUB_VERSION);
     app.add_option("--port", options.port, "TCP port; 0 takes a free one")->capture_default_str();
     app.add_option("--port-file", options.portFile, "write the port to this file while running");
-    app.add_option("--listen", options.address,
-                   "numeric address to listen on; one beyond loopback requires --tls")
-        ->capture_default_str();
+    app.add_option("--listen", options.addresses,
+                   "numeric address to listen on, several times for several; one beyond loopback "
+                   "requires --tls")
+        ->capture_default_str()
+        ->allow_extra_args(false);
     app.add_option("--environments", options.environmentsFile,
                    "directory of environments; read again on SIGHUP");
     app.add_flag("--tls", options.tls, "serve https instead of http");
@@ -55,9 +57,10 @@ std::string contradiction(const Options& options) {
     if (options.printCa && !options.keyFile.empty()) {
         return "--print-ca is about the generated certificate; leave --key and --cert away";
     }
-    if (!isLoopbackAddress(options.address) && !options.tls) {
-        return "--listen " + options.address +
-               " is reachable from other machines and requires --tls";
+    for (const std::string& address : options.addresses) {
+        if (!isLoopbackAddress(address) && !options.tls) {
+            return "--listen " + address + " is reachable from other machines and requires --tls";
+        }
     }
     return "";
 }

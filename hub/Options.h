@@ -5,11 +5,12 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Morvenn::Net::MvServerProxy::Hub {
 
 struct Options {
-    std::string address = "127.0.0.1";
+    std::vector<std::string> addresses = {"127.0.0.1"};
     std::uint16_t port = 16064;
     std::string portFile;
     std::string environmentsFile;

@@ -105,8 +105,8 @@ Server::~Server() {
 }
 
 void Server::start() {
-    const int socket = openListenSocket(m_settings.address, m_settings.port);
-    m_port = boundPort(socket);
+    const std::vector<int> sockets = openListenSockets(m_settings.addresses, m_settings.port);
+    m_port = boundPort(sockets.front());
     unsigned flags = MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD |
                      MHD_USE_POLL | MHD_USE_ITC | MHD_USE_NO_LISTEN_SOCKET | MHD_USE_ERROR_LOG;
     if (m_settings.tls) {
@@ -118,14 +118,16 @@ void Server::start() {
         nullptr, MHD_OPTION_NOTIFY_COMPLETED, &onCompleted, nullptr, MHD_OPTION_NOTIFY_CONNECTION,
         &onConnection, this, MHD_OPTION_ARRAY, options(m_settings).data(), MHD_OPTION_END);
     if (m_daemon == nullptr) {
-        ::close(socket);
+        for (const int socket : sockets) {
+            ::close(socket);
+        }
         throw std::runtime_error(m_settings.tls
                                      ? "cannot start the HTTPS server: see the line above; key and "
                                        "certificate must be PEM and belong together"
                                      : "cannot start the HTTP server: see the line above");
     }
     m_acceptor = std::make_unique<Acceptor>(
-        socket, m_settings.limits.connections,
+        sockets, m_settings.limits.connections,
         [this](int client, const sockaddr* peer, socklen_t length) {
             return MHD_add_connection(m_daemon, client, peer, length) == MHD_YES;
         });

@@ -22,8 +22,8 @@ struct TlsPair {
 };
 
 struct ServerSettings {
-    std::string address = "127.0.0.1";
-    std::uint16_t port = 0;  // 0: a free one
+    std::vector<std::string> addresses = {"127.0.0.1"};  // one or more
+    std::uint16_t port = 0;                              // 0: a free one
     bool loopbackNamesOnly = true;
     bool faults = false;
     Limits limits;

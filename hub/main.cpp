@@ -8,6 +8,7 @@
 #include "Router.h"
 #include "Server.h"
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 
@@ -30,11 +31,19 @@ sigset_t takeOverSignals() {
     return signals;
 }
 
+// Those that other machines can reach.
+std::vector<std::string> foreignAddresses(const Options& options) {
+    std::vector<std::string> foreign;
+    std::copy_if(options.addresses.begin(), options.addresses.end(), std::back_inserter(foreign),
+                 [](const std::string& address) { return !isLoopbackAddress(address); });
+    return foreign;
+}
+
 ServerSettings serverSettings(const Options& options, KeyStore& keys) {
     ServerSettings settings;
-    settings.address = options.address;
+    settings.addresses = options.addresses;
     settings.port = options.port;
-    settings.loopbackNamesOnly = isLoopbackAddress(options.address);
+    settings.loopbackNamesOnly = foreignAddresses(options).empty();
     settings.faults = options.faults;
     settings.limits = options.limits;
     if (options.tls) {
@@ -54,7 +63,7 @@ std::unique_ptr<KeyStore> openKeys(const Options& options) {
 }
 
 std::function<void()> shutDownBySignal(const Options& options) {
-    if (!isLoopbackAddress(options.address)) {
+    if (!foreignAddresses(options).empty()) {
         return nullptr;
     }
     return [] { ::kill(::getpid(), SIGTERM); };
@@ -100,13 +109,19 @@ int run(const Options& options) {
     Server server(serverSettings(options, *keys),
                   [&router](const Request& request) { return router.route(request); });
     server.start();
-    const std::string url = std::string(options.tls ? "https://" : "http://") +
-                            urlAuthority(options.address, server.port());
+    const auto urlAt = [&](const std::string& address) {
+        return std::string(options.tls ? "https://" : "http://") +
+               urlAuthority(address, server.port());
+    };
+    const std::string url = urlAt(options.addresses.front());
     if (!directory.hasFile()) {
         directory.replace(ownDirectory(url, MVHUB_VERSION));
     }
-    if (!isLoopbackAddress(options.address)) {
-        logLine("warning: every machine that reaches " + options.address +
+    for (std::size_t i = 1; i < options.addresses.size(); ++i) {
+        logLine("also listening on " + urlAt(options.addresses[i]));
+    }
+    for (const std::string& address : foreignAddresses(options)) {
+        logLine("warning: every machine that reaches " + address +
                 " can use this hub; it is made for development, not for a network");
     }
     const PortFile portFile(options.portFile, server.port());

@@ -189,6 +189,24 @@ TEST(CommandLine, PortInUseIsToldWithTheRemedy) {
               output);
 }
 
+TEST(CommandLine, SeveralAddressesAreListenedOnWithOnePort) {
+    const HubProcess hub({"--listen", "127.0.0.1", "--listen", "127.0.0.2"});
+    const std::string second = "http://127.0.0.2:" + std::to_string(hub.port());
+    EXPECT_TRUE(hub.waitForLog("mvhub: also listening on " + second + "\n"));
+    for (const std::string& url : {hub.url(), second}) {
+        EXPECT_EQ("abc", post(url + "/echo", "abc", {"Host: localhost"}).body);
+    }
+}
+
+TEST(CommandLine, EachAddressBeyondLoopbackCounts) {
+    std::string output;
+    EXPECT_EQ(2, runHub({"--port", "0", "--listen", "127.0.0.1", "--listen", "0.0.0.0"}, output));
+    EXPECT_EQ(
+        "--listen 0.0.0.0 is reachable from other machines and requires --tls\n"
+        "Run with --help for more information.\n",
+        output);
+}
+
 TEST(CommandLine, AddressBeyondLoopbackRequiresTls) {
     std::string output;
     EXPECT_EQ(2, runHub({"--port", "0", "--listen", "0.0.0.0"}, output));
