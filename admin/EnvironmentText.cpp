@@ -43,7 +43,7 @@ std::unique_ptr<Environment> EnvironmentParser::next() {
         m_rest = {};
         return nullptr;
     }
-    const std::string name(trim(line));
+    const std::string_view name = trim(line);
     auto environment = std::make_unique<Environment>();
     readLine(line);
     const std::string index(trim(line));
@@ -60,7 +60,7 @@ std::unique_ptr<Environment> EnvironmentParser::next() {
     return environment;
 }
 
-void EnvironmentParser::readServices(Environment& environment, const std::string& name,
+void EnvironmentParser::readServices(Environment& environment, std::string_view name,
                                      const std::string& index) {
     for (std::string_view line; readLine(line) && !line.empty();) {
         Service service;
@@ -71,7 +71,7 @@ void EnvironmentParser::readServices(Environment& environment, const std::string
         if (isNew) {
             entry->second.m_properties.swap(service.m_properties);
         }
-        environment.setName(name);
+        environment.m_name = name;
         environment.setIndex(index);
     }
 }

@@ -42,7 +42,7 @@ public:
 private:
     /// False at the end of the text; the line is empty then.
     bool readLine(std::string_view& line);
-    void readServices(Environment& environment, const std::string& name, const std::string& index);
+    void readServices(Environment& environment, std::string_view name, const std::string& index);
     std::string readProperties(Service& service, int count);
 
     std::string m_text;       // without carriage returns

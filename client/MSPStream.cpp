@@ -88,10 +88,11 @@ MSPBufferBase<CharT>& MSPBufferBase<CharT>::operator=(const MSPBufferBase& other
     m_inflateStatus = other.m_inflateStatus;
     m_inBuffer = other.m_inBuffer;
     m_zstream = other.m_zstream;
-    std::memcpy(m_getBuffer, other.m_getBuffer, sizeof m_getBuffer);
+    CharT* const area = getArea();
+    std::memcpy(area, other.eback(), kBlockSize);
     const auto place = other.gptr() - other.eback();
     const auto end = other.egptr() - other.eback();
-    this->setg(m_getBuffer, m_getBuffer + place, m_getBuffer + end);
+    this->setg(area, area + place, area + end);
     return *this;
 }
 
@@ -114,7 +115,7 @@ MSPBufferBase<CharT>::~MSPBufferBase() {
 
 template <class CharT>
 typename MSPBufferBase<CharT>::int_type MSPBufferBase<CharT>::underflow() {
-    return m_compressed ? inflateMore() : present(receive(m_getBuffer));
+    return m_compressed ? inflateMore() : present(receive(getArea()));
 }
 
 template <class CharT>
@@ -141,7 +142,7 @@ int MSPBufferBase<CharT>::receive(CharT* buffer) {
 template <class CharT>
 typename MSPBufferBase<CharT>::int_type MSPBufferBase<CharT>::inflateMore() {
     z_stream& z = *m_zstream;
-    z.next_out = reinterpret_cast<Bytef*>(m_getBuffer);
+    z.next_out = reinterpret_cast<Bytef*>(getArea());
     z.avail_out = kBlockSize;
     bool isEnd = false;
     while (!isEnd && z.avail_out == kBlockSize) {
@@ -167,8 +168,16 @@ typename MSPBufferBase<CharT>::int_type MSPBufferBase<CharT>::inflateMore() {
 template <class CharT>
 typename MSPBufferBase<CharT>::int_type MSPBufferBase<CharT>::present(int count) {
     using Traits = std::char_traits<CharT>;
-    this->setg(m_getBuffer, m_getBuffer, m_getBuffer + (count > 0 ? count : 0));
-    return count > 0 ? Traits::to_int_type(*m_getBuffer) : Traits::eof();
+    CharT* const area = getArea();
+    this->setg(area, area, area + (count > 0 ? count : 0));
+    return count > 0 ? Traits::to_int_type(*area) : Traits::eof();
+}
+
+template <class CharT>
+CharT* MSPBufferBase<CharT>::getArea() {
+    void* area = m_getBuffer;
+    std::size_t room = sizeof m_getBuffer;
+    return static_cast<CharT*>(std::align(Internal::kCacheLine, kBlockSize, area, room));
 }
 
 template class MSPBufferBase<char>;

@@ -58,12 +58,13 @@ void throwForStatus(int status) {
     raise<MSPUnrecognisedException>(message);
 }
 
-void throwLocal(int code, const std::string& message) {
-    logError(message);
+void throwLocal(int code, std::string_view message) {
+    const std::string text(message);
+    logError(text);
     if (Logger::isError()) {
         Logger::error(toText(code));
     }
-    throw MSPRuntimeException(code, message);
+    throw MSPRuntimeException(code, text);
 }
 
 void throwUnexpectedState(int count, int position) {

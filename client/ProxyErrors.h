@@ -3,6 +3,7 @@
 #define MORVENN_CLIENT_PROXYERRORS_H
 
 #include <string>
+#include <string_view>
 
 namespace Morvenn::Net::MvServerProxy::Client::Internal {
 
@@ -13,7 +14,7 @@ inline constexpr int kLocalFailure = -1;
 [[noreturn]] void throwForStatus(int status);
 
 /// Logs and throws MSPRuntimeException(code, message).
-[[noreturn]] void throwLocal(int code, const std::string& message);
+[[noreturn]] void throwLocal(int code, std::string_view message);
 
 /// throwLocal for a result of the proxy that cannot be the number of bytes in a block.
 [[noreturn]] void throwUnexpectedState(int count, int position);

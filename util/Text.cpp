@@ -7,8 +7,13 @@ namespace Morvenn::Net::MvServerProxy::Util::Internal {
 
 namespace {
 
+// Most texts begin and end with a printing character of ASCII, white space in no locale.
+bool isPlain(char c) {
+    return c > ' ' && c <= '~';
+}
+
 bool isSpace(char c) {
-    return std::isspace(static_cast<unsigned char>(c)) != 0;
+    return !isPlain(c) && std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
 }  // namespace

@@ -23,7 +23,8 @@ namespace Morvenn::Net::MvServerProxy::Client {
 
 namespace Internal {
 class HeaderReader;
-}
+inline constexpr int kCacheLine = 64;
+}  // namespace Internal
 
 /**
  * A buffered reader over the blocks that the proxy delivers. It keeps one block of 16384 bytes.
@@ -148,13 +149,16 @@ private:
     MVCPP_LOCAL int receive(CharT* buffer);
     MVCPP_LOCAL int_type inflateMore();
     MVCPP_LOCAL int_type present(int count);
+    MVCPP_LOCAL CharT* getArea();
 
     ResponseStream* m_responseStream;
     bool m_compressed;
     int m_inflateStatus;
     CharT* m_inBuffer;
     z_stream_s* m_zstream;
-    CharT m_getBuffer[ResponseStream::kBlockSize];
+    // The get area, and room to begin it on a cache line: blocks are copied faster to and from
+    // there.
+    CharT m_getBuffer[ResponseStream::kBlockSize + Internal::kCacheLine];
 };
 
 extern template class MSPBufferBase<char>;
