@@ -59,6 +59,16 @@ char* put(char* out, const Pair& pair) {
     return out + sizeof pair;
 }
 
+std::uint32_t decodeGroup(const unsigned char* in) {
+    return kDecode[0][in[0]] | kDecode[1][in[1]] | kDecode[2][in[2]] | kDecode[3][in[3]];
+}
+
+// Writes a fourth byte behind the three of the group, over which the next group is written.
+char* put(char* out, std::uint32_t group) {
+    std::memcpy(out, &group, sizeof group);
+    return out + 3;
+}
+
 }  // namespace
 
 std::string base64Encode(std::string_view bytes) {
@@ -88,14 +98,16 @@ std::string base64Decode(std::string_view text) {
     char* out = bytes.data();
     const auto* in = reinterpret_cast<const unsigned char*>(text.data());
     std::size_t left = text.size();
-    for (; left >= 4; left -= 4, in += 4) {
-        const std::uint32_t group =
-            kDecode[0][in[0]] | kDecode[1][in[1]] | kDecode[2][in[2]] | kDecode[3][in[3]];
-        if ((group & kForeign) != 0) {
+    for (; left >= 8; left -= 8, in += 8) {  // two groups with one test
+        const std::uint32_t first = decodeGroup(in);
+        const std::uint32_t second = decodeGroup(in + 4);
+        if (((first | second) & kForeign) != 0) {
             break;
         }
-        std::memcpy(out, &group, sizeof group);  // the next group writes over the fourth byte
-        out += 3;
+        out = put(put(out, first), second);
+    }
+    for (; left >= 4 && (decodeGroup(in) & kForeign) == 0; left -= 4, in += 4) {
+        out = put(out, decodeGroup(in));
     }
     std::uint32_t group = 0;
     std::size_t taken = 0;
