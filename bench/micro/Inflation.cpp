@@ -27,8 +27,8 @@ constexpr std::size_t kSmallSize = 1024;
 
 // zlib alone, with the same two buffers, straight into the reader's own.
 void rawZlib(Sink& sink) {
-    char in[kBlockSize];
-    char out[kBlockSize];
+    alignas(kCacheLine) char in[kBlockSize];
+    alignas(kCacheLine) char out[kBlockSize];
     z_stream z{};
     int status = inflateInit2(&z, 15 + 16);
     while (status == Z_OK) {
@@ -50,7 +50,7 @@ void rawZlib(Sink& sink) {
 }
 
 void readBlocks(std::istream& stream, Sink& sink) {
-    char buffer[kBlockSize];
+    alignas(kCacheLine) char buffer[kBlockSize];
     do {
         stream.read(buffer, kBlockSize);
         sink.take({buffer, static_cast<std::size_t>(stream.gcount())});

@@ -29,20 +29,28 @@ void compare(const std::string& work, const std::vector<Row>& rows) {
     }
 }
 
+void timed(const Row& row, double units, benchmark::State& state) {
+    Sink sink;
+    for (auto unused : state) {
+        static_cast<void>(unused);
+        row.run(sink);
+        if (row.cleanUp) {
+            state.PauseTiming();
+            row.cleanUp();
+            state.ResumeTiming();
+        }
+    }
+    state.counters["units"] = units;
+}
+
 }  // namespace
 
 void registerRows(const std::string& work, double units, const std::vector<Row>& rows) {
     compare(work, rows);
     for (const Row& row : rows) {
-        benchmark::RegisterBenchmark((work + "/" + row.name).c_str(),
-                                     [run = row.run, units](benchmark::State& state) {
-                                         Sink sink;
-                                         for (auto unused : state) {
-                                             static_cast<void>(unused);
-                                             run(sink);
-                                         }
-                                         state.counters["units"] = units;
-                                     });
+        benchmark::RegisterBenchmark(
+            (work + "/" + row.name).c_str(),
+            [row, units](benchmark::State& state) { timed(row, units, state); });
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <functional>
 #include <streambuf>
 #include <string>
@@ -39,6 +40,12 @@ protected:
 private:
     std::string* m_kept;
 };
+
+/// What rows copy blocks from and to begins here: how fast a copy is depends on how its two ends
+/// lie to each other (by a third, and by a factor of thirty when the target begins a few bytes
+/// above the source in its page), and otherwise the start of the stack would decide that anew in
+/// each run.
+inline constexpr std::size_t kCacheLine = 64;
 
 struct Row {
     std::string name;
