@@ -34,6 +34,11 @@ Effort effort() {
     return kIsSanitized ? Effort::Shallow : Effort::Sample;
 }
 
+std::size_t setting(const char* variable, std::size_t usual) {
+    const char* value = std::getenv(variable);
+    return value == nullptr ? usual : std::stoul(value);
+}
+
 Harness::Harness(Log log) : m_log(log) {
     setSecret(kPassword);
 }

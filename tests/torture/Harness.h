@@ -14,6 +14,9 @@ namespace Torture {
 enum class Effort { Shallow, Sample, Whole };
 Effort effort();
 
+/// A number that the environment sets, for longer or other runs than the usual.
+std::size_t setting(const char* variable, std::size_t usual);
+
 enum class Log { Off, Debug };
 
 class Harness {

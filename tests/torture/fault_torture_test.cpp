@@ -70,8 +70,8 @@ TEST_P(FaultTorture, EverySingleFaultEndsAsTheModelSays) {
 }
 
 TEST_P(FaultTorture, RandomPairsOfFaultsEndAsTheModelSays) {
-    const unsigned seed = 20260101;
-    const std::size_t pairs = effort() == Effort::Whole ? 2000 : 30;
+    const auto seed = static_cast<unsigned>(setting("MV_TORTURE_SEED", 20260101));
+    const std::size_t pairs = setting("MV_TORTURE_PAIRS", effort() == Effort::Whole ? 2000 : 30);
     const auto work = [&](Harness& harness) {
         const Scenario& scenario = GetParam();
         harness.warm(scenario);
@@ -95,7 +95,8 @@ TEST_P(FaultTorture, RandomPairsOfFaultsEndAsTheModelSays) {
             harness.compare(scenario, tape, description);
         }
     };
-    EXPECT_EQ(inHarness(GetParam().name + std::string(" in pairs"), Log::Debug, work), "");
+    const std::string title = GetParam().name + (" in pairs, seed " + std::to_string(seed));
+    EXPECT_EQ(inHarness(title, Log::Debug, work), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, FaultTorture, testing::ValuesIn(scenarios()),

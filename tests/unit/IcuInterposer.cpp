@@ -1,8 +1,8 @@
 #include "IcuInterposer.h"
 
-#include <dlfcn.h>
-
 #include <stdexcept>
+
+#include "NextFunction.h"
 
 // ICU's header renames its functions with the version; these macros give the name that is linked.
 #define MV_TEXT_OF(name) #name
@@ -14,15 +14,6 @@ Settings settings;
 Counts counts;
 
 namespace {
-
-template <typename F>
-F next(F /*type of*/, const char* name) {
-    void* address = dlsym(RTLD_NEXT, name);
-    if (address == nullptr) {
-        throw std::runtime_error(std::string("ICU has no ") + name);
-    }
-    return reinterpret_cast<F>(address);
-}
 
 void check(UErrorCode status) {
     if (U_FAILURE(status)) {
@@ -56,13 +47,13 @@ std::string convertInOneCall(const char* to, const char* from, const std::string
 }  // namespace IcuInterposer
 
 using IcuInterposer::counts;
-using IcuInterposer::next;
 using IcuInterposer::settings;
+using Morvenn::Net::MvServerProxy::Tests::nextFunction;
 
 extern "C" {
 
 UConverter* ucnv_open(const char* name, UErrorCode* status) {
-    static const auto real = next(&ucnv_open, MV_LINKED_NAME(ucnv_open));
+    static const auto real = nextFunction(&ucnv_open, MV_LINKED_NAME(ucnv_open));
     if (settings.failOpen > 0 && --settings.failOpen == 0) {
         *status = settings.openStatus;
         return nullptr;
@@ -72,7 +63,7 @@ UConverter* ucnv_open(const char* name, UErrorCode* status) {
 }
 
 void ucnv_close(UConverter* converter) {
-    static const auto real = next(&ucnv_close, MV_LINKED_NAME(ucnv_close));
+    static const auto real = nextFunction(&ucnv_close, MV_LINKED_NAME(ucnv_close));
     ++counts.closed;
     real(converter);
 }
@@ -80,7 +71,7 @@ void ucnv_close(UConverter* converter) {
 void ucnv_toUnicode(UConverter* converter, UChar** target, const UChar* targetLimit,
                     const char** source, const char* sourceLimit, int32_t* offsets, UBool flush,
                     UErrorCode* status) {
-    static const auto real = next(&ucnv_toUnicode, MV_LINKED_NAME(ucnv_toUnicode));
+    static const auto real = nextFunction(&ucnv_toUnicode, MV_LINKED_NAME(ucnv_toUnicode));
     if (settings.toUnicodeStatus != U_ZERO_ERROR) {
         *status = settings.toUnicodeStatus;
         return;
@@ -91,12 +82,22 @@ void ucnv_toUnicode(UConverter* converter, UChar** target, const UChar* targetLi
 void ucnv_fromUnicode(UConverter* converter, char** target, const char* targetLimit,
                       const UChar** source, const UChar* sourceLimit, int32_t* offsets, UBool flush,
                       UErrorCode* status) {
-    static const auto real = next(&ucnv_fromUnicode, MV_LINKED_NAME(ucnv_fromUnicode));
+    static const auto real = nextFunction(&ucnv_fromUnicode, MV_LINKED_NAME(ucnv_fromUnicode));
     if (settings.fromUnicodeStatus != U_ZERO_ERROR) {
         *status = settings.fromUnicodeStatus;
         return;
     }
     real(converter, target, targetLimit, source, sourceLimit, offsets, flush, status);
+}
+
+const char* ucnv_getName(const UConverter* converter, UErrorCode* status) {
+    static const auto real = nextFunction(&ucnv_getName, MV_LINKED_NAME(ucnv_getName));
+    return settings.hasNames ? real(converter, status) : nullptr;
+}
+
+const char* ucnv_getAlias(const char* name, uint16_t number, UErrorCode* status) {
+    static const auto real = nextFunction(&ucnv_getAlias, MV_LINKED_NAME(ucnv_getAlias));
+    return settings.hasAliases ? real(name, number, status) : nullptr;
 }
 
 }  // extern "C"

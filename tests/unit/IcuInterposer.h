@@ -15,6 +15,8 @@ struct Settings {
     UErrorCode openStatus = U_FILE_ACCESS_ERROR;
     UErrorCode toUnicodeStatus = U_ZERO_ERROR;    ///< when not zero: given instead of converting
     UErrorCode fromUnicodeStatus = U_ZERO_ERROR;  ///< the same
+    bool hasNames = true;                         ///< whether a converter tells its name
+    bool hasAliases = true;  ///< whether an alias is given, of those that are counted
 };
 
 extern Settings settings;

@@ -1,38 +1,24 @@
 #include "ZlibInterposer.h"
 
-#include <dlfcn.h>
 #include <zlib.h>
 
-#include <stdexcept>
+#include "NextFunction.h"
 
 namespace ZlibInterposer {
 
 Settings settings;
 Record record;
 
-namespace {
-
-template <typename F>
-F next(F /*type of*/, const char* name) {
-    void* address = dlsym(RTLD_NEXT, name);
-    if (address == nullptr) {
-        throw std::runtime_error(std::string("zlib has no ") + name);
-    }
-    return reinterpret_cast<F>(address);
-}
-
-}  // namespace
-
 }  // namespace ZlibInterposer
 
-using ZlibInterposer::next;
+using Morvenn::Net::MvServerProxy::Tests::nextFunction;
 using ZlibInterposer::record;
 using ZlibInterposer::settings;
 
 extern "C" {
 
 int inflateInit2_(z_streamp stream, int windowBits, const char* version, int size) {
-    static const auto real = next(&inflateInit2_, "inflateInit2_");
+    static const auto real = nextFunction(&inflateInit2_, "inflateInit2_");
     ++record.inits;
     record.version = version;
     record.windowBits = windowBits;
@@ -43,7 +29,7 @@ int inflateInit2_(z_streamp stream, int windowBits, const char* version, int siz
 }
 
 int inflate(z_streamp stream, int flush) {
-    static const auto real = next(&inflate, "inflate");
+    static const auto real = nextFunction(&inflate, "inflate");
     ++record.inflates;
     if (settings.failAt > 0 && --settings.failAt == 0) {
         return settings.inflateStatus;
@@ -52,7 +38,7 @@ int inflate(z_streamp stream, int flush) {
 }
 
 int inflateEnd(z_streamp stream) {
-    static const auto real = next(&inflateEnd, "inflateEnd");
+    static const auto real = nextFunction(&inflateEnd, "inflateEnd");
     ++record.ends;
     const int status = real(stream);
     return settings.endStatus != 0 ? settings.endStatus : status;

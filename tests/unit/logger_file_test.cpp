@@ -10,6 +10,7 @@
 #include <iostream>
 
 #include "LoggerTest.h"
+#include "SystemInterposer.h"
 
 using namespace Morvenn::Net::MvServerProxy::TestKit;
 using Morvenn::Net::MvServerProxy::Logger;
@@ -151,6 +152,27 @@ TEST_F(Logger, PipeIsRefusedWithoutWaitingForAReader) {
 TEST_F(Logger, DirectoryIsRefused) {
     ASSERT_EQ(mkdir(logPath().c_str(), 0700), 0);
     EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+}
+
+TEST_F(Logger, FileOfAnotherUserIsRefusedAndUntouched) {
+    const std::string path = logPath();
+    std::ofstream(path) << "another's";
+    SystemInterposer::settings.isAnotherUser = true;
+    EXPECT_EQ(outputOfAnError(), openFailure(path));
+    EXPECT_EQ(fileText(path), "another's");
+}
+
+TEST_F(Logger, FileThatCannotBeExaminedIsRefused) {
+    SystemInterposer::settings.failExamine = true;
+    EXPECT_EQ(outputOfAnError(), openFailure(logPath()));
+}
+
+TEST_F(Logger, FileThatCannotBeEmptiedIsRefused) {
+    const std::string path = logPath();
+    std::ofstream(path) << "from another process\n";
+    SystemInterposer::settings.failTruncate = true;
+    EXPECT_EQ(outputOfAnError(), openFailure(path));
+    EXPECT_EQ(fileText(path), "from another process\n");
 }
 
 TEST_F(Logger, NameThatIsTooLongIsRefused) {

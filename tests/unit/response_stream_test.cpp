@@ -230,3 +230,12 @@ TEST_F(ResponseStream, CopiesReadTheSameBlockIndependently) {
     EXPECT_EQ(stream.read(), 'd');
     EXPECT_EQ(proxy.calls(), (Calls{receive(2)}));
 }
+
+TEST_F(ResponseStream, AssignedToItselfReadsOnWhereItWas) {
+    proxy.answers(block("ab"));
+    EXPECT_EQ(stream.read(), 'a');
+    Reader& same = stream;
+    stream = same;
+    EXPECT_EQ(stream.read(), 'b');
+    EXPECT_EQ(proxy.calls(), (Calls{receive()}));
+}

@@ -158,3 +158,15 @@ TEST_F(Session, IdThatCannotBeConvertedLeavesAsAConversionFailure) {
     EXPECT_EQ(lines(), (Lines{" [INFO ] : Now receiving the response",
                               " [DEBUG] : MvServerRequest::~MvServerRequest()"}));
 }
+
+TEST_F(Session, RequestWithoutOneIsRefusedBeforeAnythingIsSent) {
+    const Failure expected =
+        failure<MSPRuntimeException>(-1, "This MvServerRequest was created without an MSPSession.");
+    {
+        MvServerRequest request(nullptr);
+        request.setBody("x");
+        EXPECT_EQ(failureOf([&] { request.send(); }), expected);
+        EXPECT_EQ(failureOf([&] { request.shutdownServer(); }), expected);
+    }
+    EXPECT_EQ(proxy.calls(), (Calls{complete()}));
+}

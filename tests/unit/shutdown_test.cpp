@@ -1,6 +1,6 @@
 // Asking the server to shut down.
 #include <climits>
-#include <optional>
+#include <memory>
 
 #include "IcuInterposer.h"
 #include "RequestTest.h"
@@ -13,7 +13,7 @@ namespace {
 
 class Shutdown : public RequestTest {
 protected:
-    std::optional<MvServerRequest> request{std::in_place, &session};
+    std::unique_ptr<MvServerRequest> request{new MvServerRequest(&session)};
 
     void receiveSessionId(const std::string& id) {
         proxy.answers({block("ResponseSessionID=" + id + "\n\n"), end()});

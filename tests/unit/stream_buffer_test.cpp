@@ -176,6 +176,18 @@ TEST_F(StreamBuffer, OnlyReads) {
     EXPECT_EQ(stream->rdbuf()->sungetc(), std::char_traits<char>::eof());
 }
 
+TEST_F(StreamBuffer, AssignedToItselfReadsOnWhereItWas) {
+    proxy.answers({block("abc"), end()});
+    MSPBufferBase<char> buffer(std::make_unique<ResponseStream>(), false);
+    EXPECT_EQ(buffer.sbumpc(), 'a');
+    MSPBufferBase<char>& same = buffer;
+    buffer = same;
+    EXPECT_EQ(buffer.sbumpc(), 'b');
+    EXPECT_EQ(buffer.sbumpc(), 'c');
+    EXPECT_EQ(buffer.sbumpc(), std::char_traits<char>::eof());
+    EXPECT_EQ(proxy.calls(), (Calls{receive(2)}));
+}
+
 TEST_F(StreamBuffer, CopySharesTheExchange) {
     proxy.answers(block("abc"));
     {

@@ -90,6 +90,26 @@ TEST_F(TextConversion, AliasesAreListedByIcu) {
     EXPECT_EQ(utf8.back(), ')');
 }
 
+TEST_F(TextConversion, AliasesThatIcuCountsAndDoesNotGiveAreEmpty) {
+    icu.localCodePage = "ISO-8859-1";
+    icu.toUnicodeStatus = U_INVALID_CHAR_FOUND;
+    UErrorCode status = U_ZERO_ERROR;
+    std::string commas;
+    for (int i = 1; i < ucnv_countAliases("ISO-8859-1", &status); ++i) {
+        commas += ", ";
+    }
+    icu.hasAliases = false;
+    EXPECT_EQ(ofToUtf8(), conversionFailure("An error occured converting ISO-8859-1 (" + commas +
+                                            ") to Unicode.\nU_INVALID_CHAR_FOUND\n"));
+}
+
+TEST_F(TextConversion, ConverterThatDoesNotTellItsNameHasNoAliasesEither) {
+    icu.toUnicodeStatus = U_INVALID_CHAR_FOUND;
+    icu.hasNames = false;
+    EXPECT_EQ(ofToUtf8(), conversionFailure("An error occured converting  () to Unicode.\n"
+                                            "U_INVALID_CHAR_FOUND\n"));
+}
+
 TEST_F(TextConversion, ConvertersAreClosedWhenAConversionFails) {
     icu.fromUnicodeStatus = U_ILLEGAL_CHAR_FOUND;
     ofToUtf8();

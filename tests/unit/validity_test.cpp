@@ -110,3 +110,15 @@ TEST_F(Validity, MissingTargetIsFoundBeforeAMissingBody) {
     request.setHeader("generatePKCS7Signatures", "null");
     EXPECT_EQ(failureOf([&] { request.send(); }), failure<MSPProtocolException>(0, kMessage));
 }
+
+TEST(ValidityWithTheLogOff, RequestWithoutABodyIsRefusedAllTheSame) {
+    const PrivateTemp temp;
+    setLogLevel("OFF");
+    Morvenn::Net::MvServerProxy::Util::MvServerCppBindingLogger::getInstance();
+    FakeProxy proxy;
+    MSPSession session;
+    MvServerRequest request(&session);
+    EXPECT_EQ(failureOf([&] { request.send(); }),
+              failure<MSPProtocolException>(0, "Unsupported request type found."));
+    EXPECT_FALSE(fileExists(logPath()));
+}
