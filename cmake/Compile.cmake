@@ -5,7 +5,7 @@ include(CheckCXXCompilerFlag)
 
 set(MV_SANITIZE "" CACHE STRING "Sanitizers, as given to -fsanitize=; empty for none")
 set(MV_HARDENING ON CACHE BOOL "Compile and link with the hardening flags of the platform")
-set(MV_COVERAGE OFF CACHE BOOL "Instrument for gcov")
+set(MV_COVERAGE OFF CACHE BOOL "Instrument for gcov (g++) or for llvm-cov (clang)")
 
 set(MV_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2)
 
@@ -40,8 +40,18 @@ function(mv_target target)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(MV_COVERAGE)
-    target_compile_options(${target} PRIVATE --coverage -O0)
-    target_link_options(${target} PRIVATE --coverage)
+    target_compile_options(${target} PRIVATE -O0)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      # With relocated counters a process that is killed has counted, too: the file is its memory.
+      target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping
+        -mllvm -runtime-counter-relocation)
+      target_link_options(${target} PRIVATE -fprofile-instr-generate)
+    else()
+      target_compile_options(${target} PRIVATE --coverage)
+      # Children of tests leave by _exit and write what they counted before (testing/FreshProcess.cpp);
+      # the function for it is linked only where it is asked for.
+      target_link_options(${target} PRIVATE --coverage -Wl,--undefined=__gcov_dump)
+    endif()
   endif()
 
   get_target_property(type ${target} TYPE)

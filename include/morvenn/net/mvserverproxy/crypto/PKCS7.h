@@ -39,7 +39,8 @@ namespace Morvenn::Net::MvServerProxy::Crypto {
  * without bytes, and Client::MSPRuntimeException, type -1, for one whose pointer is null and for a
  * request record above 4294967295 bytes, all before anything is sent; what
  * Client::MvServerRequest::execute() throws; std::out_of_range for an answer whose entries lie
- * outside its data; std::bad_alloc for a negative or too large entry count.
+ * outside its data; std::bad_alloc for a negative or too large entry count. The count alone decides
+ * how much room is asked for, before the entries are read: a string for each, up to 64 GiB.
  *
  * By design: an entry that is cut short by the end of the answer is returned cut.
  * (Pkcs7Answer.EntryBeyondTheDataIsCut)
