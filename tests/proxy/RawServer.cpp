@@ -155,9 +155,10 @@ void Connection::close() {
     }
 }
 
+// close() alone would send nothing as long as the server's duplicate is open.
 void Connection::reset() {
-    const linger now{1, 0};
-    ::setsockopt(m_socket, SOL_SOCKET, SO_LINGER, &now, sizeof(now));
+    const sockaddr nobody{AF_UNSPEC, {}};
+    ::connect(m_socket, &nobody, sizeof(nobody));
     ::close(std::exchange(m_socket, -1));
 }
 
