@@ -3,34 +3,43 @@
 #include <algorithm>
 #include <cstring>
 
+#include "CopyBytes.h"
+
 namespace Morvenn::Net::MvServerProxy::Proxy {
 
 void BodyWindow::clear() {
-    if (m_bytes.capacity() > 2 * kCapacity) {
-        std::vector<char>().swap(m_bytes);  // a large chunk came by; its room is given back
+    if (m_room.size() > 2 * kCapacity) {
+        std::vector<char>().swap(m_room);  // a large chunk came by; its room is given back
     }
-    m_bytes.clear();
     m_lent = {};
     m_head = 0;
+    m_tail = 0;
     m_dropped = false;
     m_ended = false;
 }
 
 void BodyWindow::append(std::string_view chunk) {
-    if (m_head > 0 && m_bytes.size() + chunk.size() > kCapacity) {
-        m_bytes.erase(m_bytes.begin(), m_bytes.begin() + static_cast<std::ptrdiff_t>(m_head));
-        m_head = 0;
-        m_dropped = true;
+    if (m_head > 0 && m_tail + chunk.size() > kCapacity) {
+        dropRead();
     }
-    m_bytes.insert(m_bytes.end(), chunk.begin(), chunk.end());
+    if (m_tail + chunk.size() > m_room.size()) {
+        m_room.resize(std::max(m_tail + chunk.size(), kCapacity));
+    }
+    copyBytes(m_room.data() + m_tail, chunk.data(), chunk.size());
+    m_tail += chunk.size();
+}
+
+void BodyWindow::dropRead() {
+    std::memmove(m_room.data(), m_room.data() + m_head, unread());
+    m_tail -= m_head;
+    m_head = 0;
+    m_dropped = true;
 }
 
 std::size_t BodyWindow::read(char* out, std::size_t size) {
     const std::size_t count = std::min(size, unread());
-    if (count > 0) {
-        std::memcpy(out, m_bytes.data() + m_head, count);
-        m_head += count;
-    }
+    copyBytes(out, m_room.data() + m_head, count);
+    m_head += count;
     return count;
 }
 

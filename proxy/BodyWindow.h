@@ -5,7 +5,7 @@
 // out to be dead, and after a forward proxy asked for credentials.
 //
 //   |<-- read -->|<-- unread -->|<-- free -->|
-//   0          m_head        m_bytes.size()  capacity
+//   0          m_head         m_tail    kCapacity
 #ifndef MORVENN_PROXY_BODYWINDOW_H
 #define MORVENN_PROXY_BODYWINDOW_H
 
@@ -34,7 +34,7 @@ public:
     bool fits(std::size_t size) const { return unread() + size <= kCapacity; }
 
     std::size_t read(char* out, std::size_t size);
-    std::size_t unread() const { return m_bytes.size() - m_head; }
+    std::size_t unread() const { return m_tail - m_head; }
 
     // Back to the beginning of the body. False, and nothing changed, when a piece of it was
     // dropped.
@@ -46,13 +46,16 @@ public:
 
     // The whole body. Requires: rewindable().
     std::string_view whole() const {
-        return m_lent.empty() ? std::string_view(m_bytes.data(), m_bytes.size()) : m_lent;
+        return m_lent.empty() ? std::string_view(m_room.data(), m_tail) : m_lent;
     }
 
 private:
-    std::vector<char> m_bytes;
+    void dropRead();
+
+    std::vector<char> m_room;  // at least up to m_tail
     std::string_view m_lent;
     std::size_t m_head = 0;
+    std::size_t m_tail = 0;
     bool m_dropped = false;
     bool m_ended = false;
 };

@@ -1,7 +1,8 @@
 #include "ResponseBuffer.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "CopyBytes.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
 
@@ -17,7 +18,7 @@ void ResponseBuffer::clear() {
 void ResponseBuffer::put(std::string_view bytes, bool maySpool) {
     if (m_block != nullptr && empty()) {
         const std::size_t count = std::min(bytes.size(), m_blockSize - m_blockUsed);
-        std::memcpy(m_block + m_blockUsed, bytes.data(), count);
+        copyBytes(m_block + m_blockUsed, bytes.data(), count);
         m_blockUsed += count;
         bytes.remove_prefix(count);
     }
@@ -40,7 +41,7 @@ std::size_t ResponseBuffer::take(char* out, std::size_t size) {
     if (count == 0) {
         return m_spool.read(out, size);
     }
-    std::memcpy(out, m_memory.data() + m_head, count);
+    copyBytes(out, m_memory.data() + m_head, count);
     m_head += count;
     if (m_head == m_memory.size()) {
         m_memory.clear();

@@ -34,6 +34,7 @@ public:
     void openBlock(char* block, std::size_t size);
     std::size_t closeBlock();
     std::size_t inBlock() const { return m_blockUsed; }
+    bool blockFull() const { return m_block != nullptr && m_blockUsed == m_blockSize; }
 
     // What memory holds, to look at. Bytes of the spool come into sight as memory is used up.
     std::string_view front() const { return {m_memory.data() + m_head, buffered()}; }

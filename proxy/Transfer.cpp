@@ -242,6 +242,13 @@ void Transfer::resumeUpload() {
     }
 }
 
+// Out of a callback. libcurl would go on reading as long as there is something to read, and what
+// the caller's block cannot take would be copied twice.
+void Transfer::pauseDownload() {
+    m_writePaused = true;
+    curl_easy_pause(m_session.easy(), m_readPaused ? CURLPAUSE_ALL : CURLPAUSE_RECV);
+}
+
 void Transfer::resumeDownload() {
     if (m_writePaused && !m_finished) {
         m_writePaused = false;

@@ -93,6 +93,7 @@ private:
     std::string way() const;
     void doWithoutExpect();
     bool ofConnect() const;
+    void pauseDownload();
     void setCallbacks();
     void setOptions();
     void perform();

@@ -85,6 +85,9 @@ std::size_t TransferCallbacks::takeBody(char* bytes, std::size_t size, std::size
         const std::string_view body(bytes, total);
         GzipJoiner* joiner = self.m_data.joiner.get();
         self.m_data.response.put(joiner == nullptr ? body : joiner->pass(body), maySpool);
+        if (self.m_data.response.blockFull() && !maySpool) {
+            self.pauseDownload();
+        }
         return total;
     });
 }

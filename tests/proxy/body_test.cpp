@@ -5,12 +5,22 @@
 
 #include "BodyWindow.h"
 #include "Client.h"
+#include "CopyBytes.h"
 #include "Failure.h"
 #include "ResponseBuffer.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy::Test {
 namespace {
+
+TEST(CopyBytes, CopiesEverySizeAndNothingBeyond) {
+    const std::string text = pattern(5000);
+    for (const std::size_t size : {0U, 1U, 1023U, 1024U, 1025U, 4096U, 5000U}) {
+        std::string out(5001, '.');
+        copyBytes(out.data(), text.data(), size);
+        EXPECT_TRUE(out == text.substr(0, size) + std::string(out.size() - size, '.')) << size;
+    }
+}
 
 std::string read(BodyWindow& window, std::size_t size) {
     std::string out(size, '\0');
@@ -111,6 +121,20 @@ TEST(ResponseBuffer, ABlockIsLeftAloneWhileOlderBytesWait) {
     buffer.put("new", false);
     EXPECT_EQ(buffer.closeBlock(), 0U);
     EXPECT_EQ(take(buffer, 100), "oldnew");
+}
+
+TEST(ResponseBuffer, ABlockIsFullWhenItsLastByteIsThere) {
+    ResponseBuffer buffer;
+    EXPECT_FALSE(buffer.blockFull());
+    std::array<char, 10> block{};
+    buffer.openBlock(block.data(), block.size());
+    buffer.put("123456789", false);
+    EXPECT_FALSE(buffer.blockFull());
+    buffer.put("0a", false);
+    EXPECT_TRUE(buffer.blockFull());
+    EXPECT_EQ(buffer.closeBlock(), 10U);
+    EXPECT_FALSE(buffer.blockFull());
+    EXPECT_EQ(take(buffer, 100), "a");
 }
 
 TEST(Spool, RefusesMoreThanItsLimitAndAFolderThatIsNone) {
