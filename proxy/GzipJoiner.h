@@ -58,18 +58,19 @@ private:
     void beginNextMember();
     void damaged();
     void alignData();
-    void close(unsigned long sum);
+    void close();
     std::size_t releasable() const;
 
     static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
     std::unique_ptr<z_stream_s> m_zstream;
+    std::unique_ptr<unsigned char[]> m_scratch;
     std::string m_waiting;   // bytes taken and not handed on
     std::string m_handedOn;  // what the last call returned
     Stage m_stage = Stage::Inside;
     bool m_joined = false;    // the output differs from the input
-    unsigned long m_sum = 0;  // CRC-32 of all complete members together
-    std::uint64_t m_length = 0;
+    unsigned long m_sum = 0;  // CRC-32 of all complete members together, by their trailers
+    std::uint32_t m_length = 0;
 
     // Positions in m_waiting, all within the present member.
     std::size_t m_next = 0;             // the first byte that has not been inflated

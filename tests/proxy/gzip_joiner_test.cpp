@@ -144,11 +144,15 @@ TEST(GzipJoiner, DamageInAnyMemberStaysDamage) {
     for (const std::string& before : {std::string(), gzip("first")}) {
         std::string wrongSum = gzip(text);
         wrongSum[wrongSum.size() - 6] = static_cast<char>(wrongSum[wrongSum.size() - 6] ^ 1);
+        std::string wrongLength = gzip(text);
+        wrongLength.back() = static_cast<char>(wrongLength.back() ^ 1);
         std::string wrongData = gzip(text);
         wrongData[10] = static_cast<char>(wrongData[10] | 6);  // no such kind of block
-        for (const std::string& bad : {wrongSum, wrongData}) {
-            const Inflated result = inflated(joined(before + bad, 100));
-            EXPECT_EQ(result.status, Z_DATA_ERROR);
+        for (const std::string& bad : {wrongSum, wrongLength, wrongData}) {
+            EXPECT_EQ(inflated(joined(before + bad, 100)).status, Z_DATA_ERROR);
+        }
+        for (const std::string& bad : {wrongSum, wrongLength}) {
+            EXPECT_EQ(inflated(joined(before + bad + gzip("last"), 100)).status, Z_DATA_ERROR);
         }
     }
 }
