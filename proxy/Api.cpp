@@ -12,6 +12,8 @@
 namespace Morvenn::Net::MvServerProxy::Proxy {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr const char* kForked =
     "the proxy library was started before this process was forked off; start it in the process "
     "that uses it, or replace the process with exec";
@@ -82,22 +84,22 @@ int funnel(const char* call, const char* incoming, const Work& work) {
     }
     Exchange& exchange = context->exchange();
     const State before = exchange.state();
-    const auto begin = std::chrono::steady_clock::now();
+    const Trace* trace = context->trace();
+    const auto begin = trace == nullptr ? Clock::time_point() : Clock::now();
     int result = 0;
     try {
         result = work(exchange);
     } catch (...) {
         result = failed(exchange);
     }
-    if (const Trace* trace = context->trace()) {
+    if (trace != nullptr) {
         TraceEntry entry;
         entry.call = call;
         entry.stateBefore = nameOf(before);
         entry.stateAfter = nameOf(exchange.state());
         entry.result = result;
-        entry.microseconds = std::chrono::duration_cast<std::chrono::microseconds>(
-                                 std::chrono::steady_clock::now() - begin)
-                                 .count();
+        entry.microseconds =
+            std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin).count();
         entry.text = incoming == nullptr ? std::string_view() : std::string_view(incoming);
         entry.isHeader = incoming != nullptr && exchange.state() == State::Header;
         entry.url = exchange.shownUrl();

@@ -59,7 +59,7 @@ void checkHub(Config& config) {
         config.hub.pop_back();
     }
     try {
-        targetUrl(config.hub);
+        config.hubOrigin = targetUrl(config.hub).origin();
     } catch (const Failure& failure) {
         throw Failure{MV_STATUS_RUNTIME, "MV_SERVERPROXY_HUB cannot be used: " + failure.text +
                                              "; the hub is given as http://127.0.0.1:16064"};

@@ -11,6 +11,7 @@ namespace Morvenn::Net::MvServerProxy::Proxy {
 
 struct Config {
     std::string hub = "http://127.0.0.1:16064";  // without a slash at the end
+    std::string hubOrigin;                       // of that URL
     std::string caFile;                          // empty: the system's
     std::int64_t connectTimeoutMs = 30000;
     std::int64_t idleTimeoutMs = 300000;

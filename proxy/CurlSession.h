@@ -12,10 +12,6 @@
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
 
-// Once in a process. Has libcurl overwrite its memory before it is released, passwords included,
-// unless the process has started libcurl by itself before. Throws Failure (-1003).
-void startCurl();
-
 class CurlSession {
 public:
     // Makes fresh handles when there are none or when `key` differs from the last one's.

@@ -25,6 +25,7 @@ void Exchange::configure(std::shared_ptr<const Config> config,
 void Exchange::release() {
     complete();
     m_transfer.release();
+    m_lastTarget = {};
     m_config.reset();
     m_store.reset();
 }
@@ -132,11 +133,15 @@ int Exchange::submit() {
     const auto limit = static_cast<std::size_t>(m_config->headerLimit);
     const RequestText request = readRequestText(m_text, m_form, limit);
     m_kind = request.kind;
+    const std::string url = requestUrl(request, m_config->hub);
+    if (url != m_lastTarget.url) {
+        m_lastTarget = targetUrl(url);
+    }
     m_planned = {};
-    m_planned.target = targetUrl(requestUrl(request, m_config->hub));
+    m_planned.target = m_lastTarget;
     m_planned.headers = httpHeaders(request);
     // The hub is a service of this machine; no forward proxy leads to it.
-    const bool toHub = m_planned.target.origin() == targetUrl(m_config->hub).origin();
+    const bool toHub = m_planned.target.origin() == m_config->hubOrigin;
     m_planned.proxy = toHub ? nullptr : m_config->forwardProxies.leadingTo(m_planned.target);
     m_transfer.beginExchange();
     m_dialogue.begin(m_store, m_kind == Kind::Stream);

@@ -85,7 +85,8 @@ private:
     Form m_form = Form::Unacknowledged;
     std::shared_ptr<const Config> m_config;
     std::shared_ptr<CredentialStore> m_store;
-    std::string m_text;  // the header text, with the body on the acknowledged form
+    std::string m_text;   // the header text, with the body on the acknowledged form
+    Target m_lastTarget;  // kept, since the next exchange often goes to the same URL
     TransferPlan m_planned;
     TransferData m_data;
     Transfer m_transfer;

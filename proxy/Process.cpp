@@ -1,10 +1,8 @@
 #include "Process.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
 
-#include "CurlSession.h"
+#include "CurlMemory.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
 
@@ -29,7 +27,7 @@ void Process::start() {
     }
     fresh.run = ++m_starts;
     m_shared = fresh;
-    m_owner.store(::getpid(), std::memory_order_release);
+    m_forkMark.set();
     m_run.store(fresh.run, std::memory_order_release);
 }
 
@@ -45,11 +43,6 @@ void Process::stop() {
 Shared Process::shared() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_shared;
-}
-
-bool Process::isForkedChild() const {
-    const pid_t owner = m_owner.load(std::memory_order_acquire);
-    return owner != 0 && owner != ::getpid();
 }
 
 }  // namespace Morvenn::Net::MvServerProxy::Proxy

@@ -3,8 +3,6 @@
 #ifndef MORVENN_PROXY_PROCESS_H
 #define MORVENN_PROXY_PROCESS_H
 
-#include <sys/types.h>
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -12,6 +10,7 @@
 
 #include "Config.h"
 #include "CredentialStore.h"
+#include "ForkMark.h"
 #include "Trace.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
@@ -39,12 +38,12 @@ public:
 
     // True in a child of the process that started the library. Connections and locks are the
     // parent's there, so nothing may be touched.
-    bool isForkedChild() const;
+    bool isForkedChild() const { return m_forkMark.isChild(); }
 
 private:
     mutable std::mutex m_mutex;
     std::atomic<std::uint64_t> m_run{0};
-    std::atomic<pid_t> m_owner{0};
+    ForkMark m_forkMark;
     std::uint64_t m_starts = 0;
     Shared m_shared;
 };

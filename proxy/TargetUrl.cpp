@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "CurlMemory.h"
 #include "Failure.h"
 #include "TextTools.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
@@ -40,6 +41,9 @@ std::string withoutBrackets(std::string host) {
 }  // namespace
 
 UrlParts urlParts(const std::string& url, const std::string& what) {
+    if (url.find('@') != std::string::npos) {
+        wipeCurlMemory();
+    }
     const std::unique_ptr<CURLU, UrlCleanup> parsed(curl_url());
     if (parsed == nullptr) {
         throw Failure{MV_STATUS_RUNTIME, "out of memory while reading " + what};

@@ -1,10 +1,14 @@
 #include "TransferOptions.h"
 
+#include "CurlMemory.h"
 #include "Failure.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
 
 namespace Morvenn::Net::MvServerProxy::Proxy {
 namespace {
+
+constexpr long kReceiveRoom = 64 * 1024;  // the system is called once for four blocks of the caller
+constexpr long kSendRoom = 128 * 1024;    // takes a full window with what makes a chunk of it
 
 template <typename Value>
 void set(CURL* easy, CURLoption option, Value value) {
@@ -54,6 +58,9 @@ void setProxy(CURL* easy, const TransferPlan& plan) {
         user = plan.proxy->user.c_str();
         password = plan.proxy->password.c_str();
     }
+    if (user != nullptr) {
+        wipeCurlMemory();
+    }
     set(easy, CURLOPT_PROXYUSERNAME, user);
     set(easy, CURLOPT_PROXYPASSWORD, password);
 }
@@ -97,6 +104,8 @@ void setLastingOptions(CURL* easy, const Config& config) {
     set(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(config.connectTimeoutMs));
     set(easy, CURLOPT_DNS_CACHE_TIMEOUT, -1L);  // addresses come with every transfer
     set(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+    set(easy, CURLOPT_BUFFERSIZE, kReceiveRoom);
+    set(easy, CURLOPT_UPLOAD_BUFFERSIZE, kSendRoom);
     setVerification(easy, config);
 }
 

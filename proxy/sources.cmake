@@ -4,6 +4,7 @@ set(MV_PROXY_SOURCES
   Clocks.cpp
   Config.cpp
   CredentialStore.cpp
+  CurlMemory.cpp
   CurlSession.cpp
   CurlStatus.cpp
   DirectoryBlock.cpp
@@ -11,6 +12,7 @@ set(MV_PROXY_SOURCES
   ExchangeResponse.cpp
   ExchangeState.cpp
   ExchangeWork.cpp
+  ForkMark.cpp
   ForwardProxy.cpp
   GzipJoiner.cpp
   NoProxy.cpp

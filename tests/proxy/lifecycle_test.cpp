@@ -1,6 +1,7 @@
 // Starting, stopping, forking, threads: the process around the exchanges.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <thread>
 
 #include "Client.h"
+#include "ForkMark.h"
 #include "RawServer.h"
 #include "ScriptedProxy.h"
 #include "morvenn/net/mvserverproxy/proxy/MvServerProxy.h"
@@ -167,6 +169,22 @@ TEST(Fork, TheChildIsRefusedAndTheParentGoesOn) {
 
 TEST(Fork, AChildOfAProcessThatNeverStartedTheLibraryMayStartIt) {
     EXPECT_EQ(inChild([] { return start(); }), 0);
+}
+
+TEST(Fork, AChildMadeWithoutTheCLibraryIsToldFromItsParent) {
+    ForkMark mark;
+    EXPECT_FALSE(mark.isChild());
+    EXPECT_EQ(inChild([&] { return mark.isChild() ? 1 : 0; }), 0) << "nothing was marked";
+    mark.set();
+    EXPECT_FALSE(mark.isChild());
+    const auto child = static_cast<pid_t>(::syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
+    if (child == 0) {
+        ::_exit(mark.isChild() ? 7 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 7);
+    EXPECT_FALSE(mark.isChild());
 }
 
 TEST(Threads, EachHasItsOwnExchange) {
