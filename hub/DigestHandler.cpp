@@ -16,7 +16,7 @@ void DigestHandler::take(const char* bytes, std::size_t count) {
 }
 
 Answer DigestHandler::finish() {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest;
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned length = 0;
     EVP_DigestFinal_ex(m_digest.get(), digest.data(), &length);
     return textAnswer(200, std::to_string(m_size) + " " + hex(digest.data(), length) + "\n");

@@ -63,7 +63,7 @@ std::string directoryText(const Directory& directory) {
         for (const DirectoryService& service : environment.services) {
             text += std::to_string(service.properties.size()) + "\n";
             for (const auto& [key, value] : service.properties) {
-                text += key + "=" + value + "\n";
+                text.append(key).append("=").append(value).append("\n");
             }
         }
         text += "\n";

@@ -55,7 +55,7 @@ private:
 };
 
 std::string readWhole(Source& source) {
-    std::array<char, 16384> block;
+    std::array<char, 16384> block{};
     std::string all;
     for (auto count = source.read(block.data(), block.size()); count > 0;
          count = source.read(block.data(), block.size())) {

@@ -59,7 +59,7 @@ std::optional<std::uint64_t> GzipSource::size() const {
 
 std::string gzipped(std::string text) {
     GzipSource source(std::make_unique<TextSource>(std::move(text)));
-    std::array<char, 4096> block;
+    std::array<char, 4096> block{};
     std::string all;
     for (auto count = source.read(block.data(), block.size()); count > 0;
          count = source.read(block.data(), block.size())) {

@@ -9,7 +9,7 @@ namespace Morvenn::Net::MvServerProxy::Hub {
 
 void failOpenSsl(const std::string& what) {
     std::string reasons;
-    std::array<char, 256> text;
+    std::array<char, 256> text{};
     for (auto code = ERR_get_error(); code != 0; code = ERR_get_error()) {
         ERR_error_string_n(code, text.data(), text.size());
         reasons += (reasons.empty() ? "" : "; ") + std::string(text.data());

@@ -59,8 +59,8 @@ void onConnection(void* server, MHD_Connection*, void**, MHD_ConnectionNotificat
 
 __attribute__((format(printf, 2, 0))) void onLibraryMessage(void*, const char* format,
                                                             va_list arguments) {
-    std::array<char, 512> text;
-    std::vsnprintf(text.data(), text.size(), format, arguments);
+    std::array<char, 512> text{};
+    static_cast<void>(std::vsnprintf(text.data(), text.size(), format, arguments));
     std::string line = text.data();
     while (!line.empty() && line.back() == '\n') {
         line.pop_back();
@@ -79,7 +79,7 @@ MHD_OptionItem option(MHD_OPTION name, const char* text) {
 std::vector<MHD_OptionItem> options(const ServerSettings& settings) {
     std::vector<MHD_OptionItem> all = {
         // The library closes connections beyond its limit; the acceptor lets none of them in.
-        option(MHD_OPTION_CONNECTION_LIMIT, settings.limits.connections * 2),
+        option(MHD_OPTION_CONNECTION_LIMIT, std::size_t{settings.limits.connections} * 2),
         option(MHD_OPTION_CONNECTION_TIMEOUT, settings.limits.idleSeconds),
         option(MHD_OPTION_CONNECTION_MEMORY_LIMIT,
                settings.faults ? kConnectionMemoryForFaults : kConnectionMemory),

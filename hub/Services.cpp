@@ -45,7 +45,7 @@ HandlerPtr makePattern(const Request&) {
 HandlerPtr makeHeaders(const Request& request) {
     std::string text = request.method + " " + request.path + "\n";
     for (const auto& [name, value] : request.headers) {
-        text += name + ": " + value + "\n";
+        text.append(name).append(": ").append(value).append("\n");
     }
     return std::make_unique<DocumentHandler>(
         [text](const std::string&) { return textAnswer(200, text); });

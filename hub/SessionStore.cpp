@@ -11,7 +11,7 @@ namespace Morvenn::Net::MvServerProxy::Hub {
 namespace {
 
 std::string newId() {
-    std::array<unsigned char, 16> random;
+    std::array<unsigned char, 16> random{};
     if (RAND_bytes(random.data(), static_cast<int>(random.size())) != 1) {
         throw std::runtime_error("the random generator gives no session id");
     }

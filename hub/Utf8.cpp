@@ -8,7 +8,7 @@ namespace {
 // One row for each range of first bytes: how many bytes follow, and the range of the second.
 struct Form {
     unsigned char first, last;
-    std::size_t following;
+    unsigned char following;
     unsigned char secondFirst, secondLast;
 };
 
@@ -54,7 +54,7 @@ bool isUtf8(std::string_view text) {
                 return false;
             }
         }
-        text.remove_prefix(form->following + 1);
+        text.remove_prefix(form->following + std::size_t{1});
     }
     return true;
 }

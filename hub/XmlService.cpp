@@ -127,7 +127,7 @@ std::string reverseXml(const std::string& document) {
     pugi::xml_document result;
     addDeclaration(result);
     // A list of what is still to do instead of recursion: depth is the client's choice.
-    std::vector<OpenElement> open = {{parsed, result}};
+    std::vector<OpenElement> open = {{parsed.root(), result.root()}};
     while (!open.empty()) {
         const OpenElement element = open.back();
         open.pop_back();

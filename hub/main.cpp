@@ -21,7 +21,7 @@ using namespace Morvenn::Net::MvServerProxy::Hub;
 // SIGTERM and SIGINT stop the hub, SIGHUP reads the directory again. They are blocked in every
 // thread and taken one by one here, so nothing ever happens inside a signal handler.
 sigset_t takeOverSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {

@@ -44,7 +44,7 @@ int Exchange::giveDirectory(char* block) {
 
 int Exchange::endOfResponse() const {
     if (const auto failure = m_transfer.bodyFailure()) {
-        throw *failure;
+        throw Failure(*failure);
     }
     return MV_STATUS_END_OF_RESPONSE;
 }

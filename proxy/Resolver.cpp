@@ -78,7 +78,7 @@ std::string Resolver::entry(const std::string& host, const std::string& port) {
     if (m_known.size() >= kMaxKnown) {
         m_known.clear();
     }
-    const std::string entry = "+" + key + ":" + addresses(host);
+    std::string entry = "+" + key + ":" + addresses(host);
     m_known[key] = {entry, now + kValidFor};
     return entry;
 }
