@@ -30,7 +30,7 @@ public:
 
 }  // namespace
 
-TYPED_TEST_SUITE(Exceptions, EveryClass);
+TYPED_TEST_SUITE(Exceptions, EveryClass, );  // clang wants the empty argument
 
 TYPED_TEST(Exceptions, MessageAloneHasTypeZero) {
     const TypeParam e("what failed");
