@@ -78,6 +78,7 @@ SignatureAnswer signatureAnswer(const std::string& record) {
         return answer;
     }
     const std::int32_t count = number(record, 0);
+    answer.count = count;
     answer.badAllocation = count < 0;
     const auto size = static_cast<std::int64_t>(record.size());
     std::int64_t at = 4;

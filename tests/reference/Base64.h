@@ -2,6 +2,7 @@
 #ifndef MORVENN_TESTS_REFERENCE_BASE64_H
 #define MORVENN_TESTS_REFERENCE_BASE64_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ std::string signatureRequest(const std::vector<std::string>& items);
 
 struct SignatureAnswer {
     bool outOfRange = false;     ///< a position outside the data is read
+    std::int32_t count = 0;      ///< of entries, as the answer announces it
     bool badAllocation = false;  ///< the count is negative
     std::vector<std::string> entries;
 };

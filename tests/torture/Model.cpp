@@ -233,6 +233,7 @@ void Model::sign() {
     m_base.call(Function::Complete);
     const Reference::SignatureAnswer answer =
         Reference::signatureAnswer(Reference::base64Decode(response));
+    m_base.run.hoards = answer.badAllocation || answer.count > kMostSignatures;
     if (answer.outOfRange) {
         throw Thrown{"out_of_range", {}, false};
     }

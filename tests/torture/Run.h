@@ -3,6 +3,7 @@
 #define MORVENN_TESTS_TORTURE_RUN_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "testing/Calls.h"
@@ -15,12 +16,16 @@ namespace Torture {
 /// Values and messages are compared by their size and so many bytes.
 constexpr std::size_t kLongest = 4000;
 
+/// Signatures that the library may be made to hold at once.
+constexpr std::int32_t kMostSignatures = 1 << 16;
+
 struct Run {
     Calls calls;
     std::string outcome;  ///< "value ..." or the exception's class, type code and message
     std::string log;      ///< what was appended to the log file
     long kept = 0;        ///< blocks that were allocated and not released
     bool spins = false;   ///< model only: waits for ever on an unknown instruction
+    bool hoards = false;  ///< model only: asks for room for more signatures than a test affords
 };
 
 /// What the heap did in a run of the library.
