@@ -27,7 +27,7 @@ function(mv_target target)
   elseif(MV_HARDENING AND NOT MV_COVERAGE)
     target_compile_options(${target} PRIVATE
       $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
-      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>
+      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=3>
       -fstack-protector-strong -fstack-clash-protection)
     # All symbols are resolved at start (-z now), so that calls need no stub that resolves them late.
     target_compile_options(${target} PRIVATE -fno-plt)

@@ -9,7 +9,7 @@ import sys
 PRODUCT = ("client", "admin", "crypto", "util", "proxy", "hub", "tools/mvserver")
 FLAGS = {
     "optimisation": r" -O[23]( |$)",
-    "fortified functions": r" -D_FORTIFY_SOURCE=[23]( |$)",
+    "fortified functions": r" -D_FORTIFY_SOURCE=3( |$)",
     "stack protector": r" -fstack-protector-strong( |$)",
     "stack clash protection": r" -fstack-clash-protection( |$)",
     "control-flow protection": r" -fcf-protection( |$)",
