@@ -35,7 +35,8 @@ std::string quoted(std::string_view text) {
             out += c;
         } else if (byte < 0x20 || byte >= 0x7F) {
             std::array<char, 7> code{};
-            std::snprintf(code.data(), code.size(), "\\u%04x", static_cast<unsigned>(byte));
+            static_cast<void>(
+                std::snprintf(code.data(), code.size(), "\\u%04x", static_cast<unsigned>(byte)));
             out += code.data();
         } else {
             out += c;
@@ -50,8 +51,8 @@ std::string timestamp(std::int64_t microseconds) {
     ::gmtime_r(&seconds, &parts);
     std::array<char, 40> text{};
     const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text.data() + length, text.size() - length, ".%06dZ",
-                  static_cast<int>(microseconds % 1000000));
+    static_cast<void>(std::snprintf(text.data() + length, text.size() - length, ".%06dZ",
+                                    static_cast<int>(microseconds % 1000000)));
     return text.data();
 }
 

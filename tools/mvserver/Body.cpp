@@ -57,7 +57,7 @@ private:
     std::string m_name;
     Progress& m_progress;
     std::uint64_t m_position = 0;
-    char m_buffer[kPiece];
+    char m_buffer[kPiece] = {};
 };
 
 std::shared_ptr<const int> openFile(const std::string& path) {

@@ -72,7 +72,7 @@ void reportInterruptsAsJson() {
 void endByBrokenPipe() {
     cleanUp();
     handle(SIGPIPE, SIG_DFL);
-    ::raise(SIGPIPE);
+    static_cast<void>(::raise(SIGPIPE));
     ::_exit(128 + SIGPIPE);
 }
 

@@ -100,8 +100,10 @@ std::vector<std::string> CmsVerifier::verify(const std::string& content,
                       signature + " does not verify for " + content + ": " + reason());
     }
     const Signers signers(CMS_get0_signers(cms.get()));
+    const int count = sk_X509_num(signers.get());
     std::vector<std::string> subjects;
-    for (int i = 0; i < sk_X509_num(signers.get()); ++i) {
+    subjects.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
         subjects.push_back(subject(sk_X509_value(signers.get(), i)));
     }
     return subjects;

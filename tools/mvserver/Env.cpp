@@ -63,7 +63,7 @@ nlohmann::json services(Environment environment, const ShowOptions& options, std
             const std::string value = service.getProperty(key);
             if (!value.empty()) {
                 members[key] = value;
-                text += name + "\t" + key + "\t" + value + "\n";
+                text.append(name).append("\t").append(key).append("\t").append(value).append("\n");
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "GlobalOptions.h"
 
+#include <cmath>
 #include <cstdlib>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
@@ -17,7 +18,7 @@ void put(const char* variable, const std::string& value) {
 
 void putMilliseconds(const char* variable, double seconds) {
     if (seconds > 0) {
-        put(variable, std::to_string(static_cast<long long>(seconds * 1000 + 0.5)));
+        put(variable, std::to_string(std::llround(seconds * 1000)));
     }
 }
 

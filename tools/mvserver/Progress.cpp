@@ -1,5 +1,6 @@
 #include "Progress.h"
 
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 
@@ -10,14 +11,14 @@ constexpr std::chrono::milliseconds kInterval(100);
 
 std::string withDecimals(int decimals, double value) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    static_cast<void>(std::snprintf(text, sizeof text, "%.*f", decimals, value));
     return text;
 }
 
 std::string clockTime(double seconds) {
-    const auto whole = static_cast<long>(seconds + 0.5);
+    const long whole = std::lround(seconds);
     char text[32];
-    std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60);
+    static_cast<void>(std::snprintf(text, sizeof text, "%ld:%02ld", whole / 60, whole % 60));
     return text;
 }
 

@@ -74,7 +74,7 @@ std::string beginning(std::istream& from) {
 }
 
 void failOnBadCode(const Response& response) {
-    if (std::atoi(response.code.c_str()) < 400) {
+    if (std::strtol(response.code.c_str(), nullptr, 10) < 400) {
         return;
     }
     const std::string status = escaped(response.code + " " + response.text);

@@ -20,7 +20,7 @@ constexpr std::size_t kLongestHeaderBlock = 1 << 20;
 std::string headerText(const Headers& headers) {
     std::string text;
     for (const auto& [name, value] : headers) {
-        text += name + "=" + value + "\r\n";
+        text.append(name).append("=").append(value).append("\r\n");
     }
     return text + "\r\n";
 }

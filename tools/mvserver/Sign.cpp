@@ -64,6 +64,7 @@ std::vector<std::string> signBatch(const std::vector<std::string>& items) {
 
 std::vector<std::string> signEach(const std::vector<std::string>& items) {
     std::vector<std::string> signatures;
+    signatures.reserve(items.size());
     for (const std::string& item : items) {
         signatures.push_back(PKCS7().sign(item.data(), static_cast<unsigned>(item.size())));
     }

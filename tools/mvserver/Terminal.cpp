@@ -30,7 +30,7 @@ std::string visible(unsigned char c) {
             break;
     }
     char text[8];
-    std::snprintf(text, sizeof text, "\\x%02x", c);
+    static_cast<void>(std::snprintf(text, sizeof text, "\\x%02x", c));
     return text;
 }
 
@@ -51,12 +51,11 @@ std::string escaped(const std::string& text, bool keepLines) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto c = static_cast<unsigned char>(text[i]);
         const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-        if (keepLines && (c == '\n' || c == '\t')) {
-            result += text[i];
-        } else if (isControlPair(c, next)) {
+        const bool isKept = keepLines && (c == '\n' || c == '\t');
+        if (isControlPair(c, next)) {
             result += visible(c) + visible(next);
             ++i;
-        } else if (c < 0x20 || c == 0x7F) {
+        } else if (!isKept && (c < 0x20 || c == 0x7F)) {
             result += visible(c);
         } else {
             result += text[i];

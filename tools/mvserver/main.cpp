@@ -15,7 +15,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <sstream>
 
 namespace Morvenn::Net::MvServerProxy::Tools {
@@ -191,5 +193,11 @@ int run(int argc, char** argv) {
 }  // namespace Morvenn::Net::MvServerProxy::Tools
 
 int main(int argc, char** argv) {
-    return Morvenn::Net::MvServerProxy::Tools::run(argc, argv);
+    using namespace Morvenn::Net::MvServerProxy::Tools;
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& e) {  // no memory, not even to report it in full
+        static_cast<void>(std::fprintf(stderr, "mvserver: %s\n", e.what()));
+        return static_cast<int>(ExitCode::Runtime);
+    }
 }
