@@ -94,6 +94,11 @@ namespace ReleasedMemory = Morvenn::Net::MvServerProxy::Tests::ReleasedMemory;
 extern "C" int __sanitizer_install_malloc_and_free_hooks(  // NOLINT(bugprone-reserved-identifier)
     void (*onMalloc)(const volatile void*, std::size_t), void (*onFree)(const volatile void*));
 
+// clang's sanitizer forbids to read the number of elements in front of an array; the tests do.
+extern "C" const char* __asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
+    return "poison_array_cookie=0";
+}
+
 void ReleasedMemory::look(bool isOn) {
     static const int installed = __sanitizer_install_malloc_and_free_hooks(
         [](const volatile void*, std::size_t) {},
